@@ -1,0 +1,223 @@
+/*
+ * QuellonEngine: static analysis of pile groups under a rigid cap in layered ground.
+ *
+ * This header is the whole contract between the engine and a host application. The
+ * engine holds exactly one model; the host fills it through the setters below (or has
+ * it read from a text model file), registers the functions it wants to be called, and
+ * starts a run on its own thread. Everything happens on the calling thread: callbacks
+ * are called in the middle of the run and the engine waits for each.
+ *
+ * Conventions of every export:
+ *   - results are 1 for success and 0 for failure unless told otherwise;
+ *   - reals arrive as doubles and are stored as 32-bit floats;
+ *   - indices of piles and layers count from 1;
+ *   - a text is a pointer to NUL-terminated characters and a count of characters to
+ *     take (a negative count takes none; the count must not exceed the text's length);
+ *   - a "bool" argument is one byte, stored as a 32-bit integer without a check;
+ *   - every setter echoes its call to the LOG file when one is open.
+ *
+ * Units: m, kN, kNm, kPa, kN/m^3, degrees. Section stiffnesses are passed in MN and
+ * MNm^2 and held in kN and kNm^2. X and Y are horizontal, Z is positive downward.
+ *
+ * Calling order: create the LOG (optional), register callbacks, create the layer and
+ * pile tables, set the rest, run. A run consumes the model: afterwards every record
+ * holds its reset value and the next analysis needs the model set again. Callbacks,
+ * open files and the LOG survive a run.
+ */
+#ifndef QUELLON_H
+#define QUELLON_H
+
+#if defined(_WIN32)
+#  if defined(QUELLON_BUILDING_LIBRARY)
+#    define QUELLON_API __declspec(dllexport)
+#  else
+#    define QUELLON_API __declspec(dllimport)
+#  endif
+#else
+#  define QUELLON_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* One byte in the argument slot; any non-zero value is stored as it stands. */
+typedef signed char quellon_bool;
+
+/* ---------------------------------------------------------------------------------
+ * Host callbacks. Every numeric argument is passed by reference and is valid only
+ * during the call. Reals are 32-bit floats.
+ * ------------------------------------------------------------------------------- */
+typedef void (*QuellonCounterFn)(const int* increment);
+/* severity: 0 info, 1 warning, 2 error, 3 critical. text: trimmed, NUL-terminated. */
+typedef void (*QuellonMessageFn)(const int* severity, const char* text);
+typedef void (*QuellonCreateIncrementFn)(const int* increment);
+/* Cumulative cap loads Fx, Fy, Fz (kN), Mx, My, Mz (kNm). */
+typedef void (*QuellonPileCapLoadsFn)(const float* fx, const float* fy, const float* fz,
+                                      const float* mx, const float* my, const float* mz);
+/* Cumulative cap movement: displacements X, Y, Z (m), rotations about X, Y, Z (rad). */
+typedef void (*QuellonPileCapDisplacementsFn)(const float* dx, const float* dy, const float* dz,
+                                              const float* rx, const float* ry, const float* rz);
+/* GRMAT(1,1), (1,2), (1,3), (2,1), (2,2), (2,3), (3,1), (3,2), (3,3), kN/m. */
+typedef void (*QuellonForceDisplacementStiffnessesFn)(
+    const float* k11, const float* k12, const float* k13,
+    const float* k21, const float* k22, const float* k23,
+    const float* k31, const float* k32, const float* k33);
+/* The 6 by 6 group stiffness in column order: element (a, b) at a + 6(b - 1), from 1;
+ * axes X, Y, Z, about X, about Y, about Z; kN, kNm, m, rad. */
+typedef void (*QuellonStiffnessMatrixFn)(const float* grmat);
+/* Centre of rotation of the group, X and Y in m. */
+typedef void (*QuellonCentreOfRotationFn)(const float* x, const float* y);
+
+/* ---------------------------------------------------------------------------------
+ * Project
+ * ------------------------------------------------------------------------------- */
+QUELLON_API int QuellonSetProjectName(const char* text, int count);
+QUELLON_API int QuellonSetProjectDescription(const char* text, int count);
+QUELLON_API int QuellonSetProjectDate(int year, int month, int day);
+/* Takes the first count entries (at most 40) as flags 1.., non-zero meaning set; the
+ * flags beyond the count keep their values. Flag 16 selects the LAPACK solver. */
+QUELLON_API int QuellonSetProjectFlags(const int* flags, int count);
+QUELLON_API int QuellonSetProjectFilename(const char* text, int count);
+QUELLON_API int QuellonSetProjectElasticUnloadingFlag(quellon_bool on);
+/* Hyperbolic constants of shaft, base, lateral and torsion, each below 1. */
+QUELLON_API int QuellonSetProjectHyperbolicFactors(double rs, double rb, double rl, double rt);
+/* automatic != 0: Nq follows from the angle of shearing resistance; else nq is used. */
+QUELLON_API int QuellonSetProjectNq(quellon_bool automatic, double nq);
+QUELLON_API int QuellonSetProjectLimitingShaftFriction(double kpa);
+QUELLON_API int QuellonSetProjectLimitingBearingPressure(double kpa);
+QUELLON_API int QuellonSetProjectExcludeTMKComments(quellon_bool exclude);
+/* Two or more increments make the analysis non-linear. */
+QUELLON_API int QuellonSetNumberOfLoadIncrements(int n);
+/* Loads on the cap (kN, kNm) and the point (x, y) at which they act (m). */
+QUELLON_API int QuellonSetActions(double fx, double fy, double fz, double mx, double my,
+                                  double mz, double x, double y);
+
+/* ---------------------------------------------------------------------------------
+ * Borehole and ground. The layer table is created by QuellonSetBoreholeNumberOfLayers,
+ * which must come before any per-layer setter and may be called once per model.
+ * ------------------------------------------------------------------------------- */
+QUELLON_API int QuellonSetBoreholeDepthToRigidLayer(double depth);
+QUELLON_API int QuellonSetBoreholeOverburden(double kpa);
+QUELLON_API int QuellonSetBoreholeNumberOfLayers(int n);
+/* Result: the number of layers. */
+QUELLON_API int QuellonGetBoreholeNumberOfLayers(void);
+/* 1 Poulos, 2 Yamashita. */
+QUELLON_API int QuellonSetBoreholeLayerAveraging(int averaging);
+/* Result: the averaging flag. */
+QUELLON_API int QuellonGetBoreholeLayerAveraging(void);
+QUELLON_API int QuellonSetBoreholeLayerDepth(int layer, double depth_to_top);
+QUELLON_API int QuellonSetBoreholeLayerName(int layer, const char* text, int count);
+QUELLON_API int QuellonSetBoreholeLayerStiffness(int layer, double ev, double dev, double eh,
+                                                 double deh, double poisson);
+QUELLON_API int QuellonSetGroundName(int layer, const char* text, int count);
+/* 1 coarse soil, 2 fine soil, 3 rock, 4 direct values. */
+QUELLON_API int QuellonSetGroundType(int layer, int type);
+QUELLON_API int QuellonSetGroundMaximumSkinFriction(int layer, double kpa);
+QUELLON_API int QuellonSetGroundMaximumBearingPressure(int layer, double kpa);
+QUELLON_API int QuellonSetGroundWeightDensity(int layer, double kn_per_m3);
+QUELLON_API int QuellonSetSoilAngleOfFriction(int layer, double phi_degrees);
+QUELLON_API int QuellonSetSoilEarthPressureCoefficient(int layer, double ks);
+QUELLON_API int QuellonSetSoilDrainedInterfaceParameter(int layer, double delta_degrees);
+QUELLON_API int QuellonSetSoilUndrainedShearStrength(int layer, double cu, double dcu);
+QUELLON_API int QuellonSetSoilUndrainedInterfaceParameter(int layer, double alpha);
+QUELLON_API int QuellonSetRockStrength(int layer, double qu_kpa);
+QUELLON_API int QuellonSetRockInterfaceParameters(int layer, double k1, double k2, double k3,
+                                                  double k4, double k5);
+
+/* ---------------------------------------------------------------------------------
+ * Foundation and piles. The pile table is created by QuellonSetNumberOfPiles, which
+ * must come before any per-pile setter and may be called once per model.
+ * ------------------------------------------------------------------------------- */
+QUELLON_API int QuellonSetNumberOfPiles(int n);
+/* Shaft elements per pile, the same for every pile. */
+QUELLON_API int QuellonSetNumberOfPileElements(int n);
+/* 1 infinite, 2 automatic (50 shaft diameters), 3 custom distance. */
+QUELLON_API int QuellonSetPileInteractionFlag(signed char flag);
+/* Also sets the interaction flag to 3. */
+QUELLON_API int QuellonSetPileInteractionDistance(double distance);
+QUELLON_API int QuellonSetPileCoordinates(int pile, double x, double y, double z);
+QUELLON_API int QuellonSetPileDimensions(int pile, double length, double shaft_diameter,
+                                         double internal_diameter, double base_diameter);
+QUELLON_API int QuellonSetPileHeadLoads(int pile, double fx, double fy, double fz, double mx,
+                                        double my, double mz);
+QUELLON_API int QuellonSetPileName(int pile, const char* text, int count);
+/* Degrees; a positive rake carries the lower end towards negative X or Y. */
+QUELLON_API int QuellonSetPileRake(int pile, double rake_x, double rake_y);
+/* Reinforced length (m from the soil entry point) and its section in MN, MNm^2. */
+QUELLON_API int QuellonSetPileReinforcedSectionProperties(int pile, double length, double ea,
+                                                          double eix, double eiy, double gj);
+/* Section below the reinforced length, in MN, MNm^2. */
+QUELLON_API int QuellonSetPileUnreinforcedSectionProperties(int pile, double ea, double eix,
+                                                            double eiy, double gj);
+QUELLON_API int QuellonSetPileCapStiffness(int stiffness);
+QUELLON_API int QuellonSetPileFreeStandingLength(double length);
+
+/* ---------------------------------------------------------------------------------
+ * Others
+ * ------------------------------------------------------------------------------- */
+/* 803: version 3.23 read as pairs of hexadecimal digits. */
+QUELLON_API int QuellonGetVersion(void);
+/* Writes "Ran the test!" to the LOG if it is open. */
+QUELLON_API void QuellonTest(void);
+
+/* ---------------------------------------------------------------------------------
+ * Callbacks. Each registration stores the pointer (null clears it), sends an info
+ * message when set or an error message when null, and returns 1.
+ * ------------------------------------------------------------------------------- */
+QUELLON_API int QuellonSetProjectCounterCallback(QuellonCounterFn fn);
+QUELLON_API int QuellonSetProjectMessageCallback(QuellonMessageFn fn);
+QUELLON_API int QuellonSetCreateIncrementCallback(QuellonCreateIncrementFn fn);
+QUELLON_API int QuellonSetPileCapLoadsCallback(QuellonPileCapLoadsFn fn);
+QUELLON_API int QuellonSetPileCapDisplacementsCallback(QuellonPileCapDisplacementsFn fn);
+QUELLON_API int QuellonSetForceDisplacementStiffnessesCallback(
+    QuellonForceDisplacementStiffnessesFn fn);
+QUELLON_API int QuellonSetStiffnessMatrixCallback(QuellonStiffnessMatrixFn fn);
+QUELLON_API int QuellonSetPileCapCentreOfRotationCallback(QuellonCentreOfRotationFn fn);
+/* Clears the counter and message callbacks (the others stay), if a message callback
+ * is set; otherwise only logs that nothing was cleared. Returns 1. */
+QUELLON_API int QuellonCloseAllCallbacks(void);
+
+/* Progress notifications ("Tolmark2Message"): this platform has no broadcast window
+ * messages, so a host that wants them registers an observer, called at each post with
+ * the message name, the first parameter (0) and the second (the message id - 256). */
+typedef void (*QuellonWindowMessageFn)(const char* name, long wparam, long lparam);
+QUELLON_API int QuellonSetWindowMessageObserver(QuellonWindowMessageFn fn);
+
+/* ---------------------------------------------------------------------------------
+ * Run. The XML output is required; the TXT report is optional. Result 1 means that the
+ * increments ended in an orderly way (including the stop at the axial capacity of the
+ * group, which is reported as an error message); 0 that a file could not be opened or
+ * the workspace could not be created.
+ * ------------------------------------------------------------------------------- */
+QUELLON_API int QuellonRunAnalysis1(const char* xml_path);
+QUELLON_API int QuellonRunAnalysis2(const char* xml_path, const char* txt_path);
+/* Paths are fixed 260-character blank-padded texts; txt_path may be null; the third
+ * argument is ignored. */
+QUELLON_API int RUNANALYSISDIRECT(const char* xml_path, const char* txt_path,
+                                  const void* unused);
+
+/* ---------------------------------------------------------------------------------
+ * Files
+ * ------------------------------------------------------------------------------- */
+/* LOG: closes an open LOG first, then creates the file and writes its head. */
+QUELLON_API int QuellonCreateLOGFile(const char* path);
+QUELLON_API int CREATELOGFILEDIRECT(const char* path260);
+QUELLON_API void QuellonCloseLOGFile(void);
+
+/* Text model file: writes the model in hand to a TMK file, which stays open until
+ * closed; reads a TMW file into the model (the file is closed after a good read). */
+QUELLON_API int QuellonCreateTMKFile(const char* path);
+QUELLON_API int WRITETMKFILEDIRECT(const char* path260);
+QUELLON_API int READTMWFILEDIRECT(const char* path260);
+
+QUELLON_API void QuellonCloseTMWFile(void);
+QUELLON_API void QuellonCloseTMKFile(void);
+QUELLON_API void QuellonCloseTXTFile(void);
+QUELLON_API void QuellonCloseAllFiles(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* QUELLON_H */

@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the engine and its tests, and runs the test suite.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/setup.sh
+build=${BUILD_DIR:-build}
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DQUELLON_BUILD_BENCH=OFF >/dev/null
+cmake --build "$build" -j"$(nproc)"
+ctest --test-dir "$build" --output-on-failure -j"$(nproc)"

@@ -1,0 +1,57 @@
+// The engine object: the one model, the host's registered functions, the open file
+// units and the arrays of a run. The exported C functions find it through TheEngine();
+// every other routine receives it (or the parts it needs) as an argument, so tests can
+// build their own.
+#pragma once
+
+#include "engine/model.h"
+#include "engine/workspace.h"
+#include "files/text_file.h"
+#include "quellon.h"
+
+namespace quellon {
+
+// Unit numbers of the engine's files; a unit field of Project holds the number while
+// the file is open and 0 otherwise.
+constexpr int kTMWUnit = 7;
+constexpr int kTMKUnit = 8;
+constexpr int kXMLUnit = 9;
+constexpr int kTXTUnit = 10;
+constexpr int kLOGUnit = 11;
+
+// The functions of the run's registry. They start null and survive every reset.
+struct RunCallbacks {
+  QuellonCreateIncrementFn CreateIncrement = nullptr;
+  QuellonPileCapLoadsFn SendPileCapLoads = nullptr;
+  QuellonPileCapDisplacementsFn SendPileCapDisplacements = nullptr;
+  QuellonForceDisplacementStiffnessesFn SendForceDisplacementStiffnesses = nullptr;
+  QuellonStiffnessMatrixFn SendStiffnessMatrix = nullptr;
+};
+
+struct FileUnits {
+  TextFile tmw, tmk, xml, txt, log;
+};
+
+struct Engine {
+  Project project;
+  Actions actions;
+  Borehole borehole;
+  Foundation foundation;
+  RunCallbacks callbacks;
+  QuellonWindowMessageFn window_observer = nullptr;
+  FileUnits files;
+  Workspace ws;
+  bool running = false;  // a run is in progress on this engine
+};
+
+// The engine behind the C API.
+Engine& TheEngine();
+
+// Counts derived from the model.
+inline int ElementCount(const Engine& e) { return e.foundation.NumberOfElements; }
+inline int UnknownsPerPile(const Engine& e) { return 4 * e.foundation.NumberOfElements + 1; }
+inline int NumberOfUnknowns(const Engine& e) {
+  return (4 * e.foundation.NumberOfElements + 1) * e.foundation.NumberOfPiles;
+}
+
+}  // namespace quellon

@@ -1,0 +1,71 @@
+// The arrays of one run. They exist from CreateWorkspace to ReleaseWorkspace and are
+// zero-filled at creation. Symbols: P piles, n elements per pile, M = 4n + 1 unknowns of
+// one pile, N = M P unknowns of the group, I increments, K = 6P with the LAPACK solver
+// (DynamicModel) and 6 without; only the first six columns of a K-wide table hold values.
+#pragma once
+
+#include <string_view>
+
+#include "engine/arrays.h"
+
+namespace quellon {
+
+struct Engine;
+
+struct Workspace {
+  // Vectors of N rows.
+  RealVector SoilDispInc;
+  RealVector DispAxialInc, DispXInc, DispYInc, TwistInc;
+  RealVector DispAxial, DispX, DispY, Twist;
+  RealVector StressAxialInc, StressXInc;
+  RealVector LoadAxialInc, ShearXInc, MomentXZInc;
+  RealVector StressYInc;
+  RealVector ShearYInc, MomentYZInc;
+  RealVector StressTorsionInc;
+  RealVector TorqueInc;
+  RealVector LimitAxial, LimitX, LimitY, LimitTorsion;
+  RealVector StressAxial, StressX, StressY, StressTorsion;
+  RealVector LoadAxial, ShearX, MomentXZ, ShearY, MomentYZ, Torque;
+  // Vectors of P rows.
+  RealVector HeadDispAxial, HeadDispX, HeadDispY, HeadTwist;
+  RealVector HeadDispAxialInc, HeadDispXInc, HeadDispYInc, HeadTwistInc;
+  RealVector PileHeadAxial, PileHeadX, PileHeadMomentXZ, PileHeadY, PileHeadMomentYZ, PileHeadTorque;
+  // Cap vectors of 6, internal order: vertical, X, XZ, Y, YZ, twist.
+  RealVector CapDispInc, CapDispTotal, CapLoadInc, CapLoadTotal;
+
+  // Matrices.
+  RealMatrix GD, G, D, G0;      // N by N
+  LogicalMatrix Yielded;        // 4 by N
+  RealMatrix soil_K, pair_K, pile_D;  // M by M
+  RealMatrix HeadAxial, HeadX, HeadMomentXZ, HeadY, HeadMomentYZ, HeadTorque;  // P by K
+  RealMatrix UnitStressAxial, UnitStressX, UnitStressY, UnitStressTorsion;    // N by K
+  RealMatrix UBCV, Tractions;                                                  // N by K
+  RealMatrix HistoryDisp, HistoryLoad, HistoryDispInc;                         // I by K
+  RealMatrix SectionEA, SectionEIx, SectionEIy, SectionGJ;                     // n + 1 by P
+  RealMatrix YamashitaEsv;  // n + 5 by P, created by the layer averaging during a run
+
+  // Yield counters: how many times an element became yielded in each direction.
+  int YieldCountAxial = 0, YieldCountX = 0, YieldCountY = 0, YieldCountTorsion = 0;
+};
+
+// Creation routines: a size below 1 gives an empty array. On success every element is 0
+// and the result is 1; on failure the LOG gets the status line and, for exhausted memory
+// (status 41), the host gets the error text; the result is 0 and the array is empty.
+int Create1DRealMatrix(Engine& e, RealVector& a, int n);
+int Create2DRealMatrix(Engine& e, RealMatrix& a, int rows, int cols);
+int Create1DLogicalMatrix(Engine& e, LogicalVector& a, int n);
+int Create2DLogicalMatrix(Engine& e, LogicalMatrix& a, int rows, int cols);
+int Create1DIntegerMatrix(Engine& e, IntegerVector& a, int n);
+
+inline void Release1DRealMatrix(RealVector& a) { a.release(); }
+inline void Release2DRealMatrix(RealMatrix& a) { a.release(); }
+inline void Release1DLogicalMatrix(LogicalVector& a) { a.release(); }
+inline void Release2DLogicalMatrix(LogicalMatrix& a) { a.release(); }
+inline void Release1DIntegerMatrix(IntegerVector& a) { a.release(); }
+
+// All arrays of the run, in the order of creation; 1 or 0.
+int CreateWorkspace(Engine& e);
+// Every array, matrices first; safe after a partial creation and when called twice.
+void ReleaseWorkspace(Engine& e);
+
+}  // namespace quellon

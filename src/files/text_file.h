@@ -1,0 +1,41 @@
+// A sequential text file on one of the engine's units. Lines are written with CR LF
+// ends, as the engine's files are laid out; characters pass through unchanged, so the
+// engine's Latin-1 texts stay single bytes. The file closes itself.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace quellon {
+
+class TextFile {
+ public:
+  TextFile() = default;
+  TextFile(const TextFile&) = delete;
+  TextFile& operator=(const TextFile&) = delete;
+  ~TextFile() { close(); }
+
+  // Status replace: creates the file or empties one that exists. Other processes may
+  // read and write it meanwhile (nothing here locks it).
+  bool create(const std::string& path);
+  // Status old: the file must exist.
+  bool open_for_reading(const std::string& path);
+  void close();
+  bool is_open() const { return f_ != nullptr; }
+  const std::string& path() const { return path_; }
+
+  // One whole line; the CR LF is added here.
+  void line(std::string_view text);
+  // Reads one line without its end (LF or CR LF). False at the end of the file.
+  bool read_line(std::string& out);
+  // Number of lines read so far, for messages that name where a reader stopped.
+  long lines_read() const { return lines_read_; }
+
+ private:
+  std::FILE* f_ = nullptr;
+  std::string path_;
+  long lines_read_ = 0;
+};
+
+}  // namespace quellon
