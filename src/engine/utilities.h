@@ -19,3 +19,28 @@ inline int IndentMore(int indent) { return indent + 4; }
 inline int IndentLess(int indent) { return indent - 4; }
 
 }  // namespace quellon
+
+#include <cstdio>
+#include <string>
+
+namespace quellon {
+
+// The file and engine version: major 3, minor 0x23, shown "3.23" in hexadecimal digits
+// and worth 3 * 256 + 0x23 = 803 as a number.
+constexpr int kVersionMajor = 3;
+constexpr int kVersionMinor = 0x23;
+constexpr int kVersionNumber = kVersionMajor * 256 + kVersionMinor;
+
+// "3.23" for (3, 0x23): the major in hexadecimal at minimal width, the minor in two.
+inline std::string VersionText(int major, int minor) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%X.%02X", static_cast<unsigned>(major), static_cast<unsigned>(minor));
+  return buf;
+}
+inline std::string VersionText() { return VersionText(kVersionMajor, kVersionMinor); }
+
+// The ownership lines that head the LOG, the TXT report and the XML output.
+inline constexpr const char* kOwnershipLine1 = "QuellonEngine - pile group analysis by the boundary element method";
+inline constexpr const char* kOwnershipLine2 = "Copyright (c) 2026 the QuellonEngine developers";
+
+}  // namespace quellon
