@@ -4,6 +4,9 @@
 // build their own.
 #pragma once
 
+#include <cstdint>
+
+#include "engine/available_memory.h"
 #include "engine/model.h"
 #include "engine/workspace.h"
 #include "files/text_file.h"
@@ -42,6 +45,9 @@ struct Engine {
   FileUnits files;
   Workspace ws;
   bool running = false;  // a run is in progress on this engine
+  // What the creation routines ask before they allocate: the bytes that may still be
+  // taken. A request above it counts as exhausted memory. Tests put their own in.
+  std::uint64_t (*memory_probe)() = &AvailableMemoryBytes;
 };
 
 // The engine behind the C API.

@@ -10,6 +10,8 @@
 
 namespace quellon {
 
+constexpr std::size_t kPathWidth = 260;  // width of every path field
+
 // A text of exactly N characters, padded on the right with blanks. A shorter text is
 // padded, a longer one cut. Trailing blanks carry no meaning and are trimmed on output.
 template <std::size_t N>
@@ -46,19 +48,36 @@ inline std::string_view TrimRight(std::string_view s) {
 // The characters of a host text before its NUL, measured anew on each call.
 inline std::string TextFromHost(const char* text) { return text ? std::string(text) : std::string(); }
 
-// The first `count` characters of a host text, a negative count taking none. The count
-// must not exceed the text's length; a null text gives nothing.
+// The first `count` characters of a host text, a negative count taking none. The host
+// must not pass a count beyond the text's length; if it does, the text stops at its NUL
+// rather than reading past it. A null text gives nothing.
 inline std::string_view HostTextPrefix(const char* text, int count) {
   if (text == nullptr || count <= 0) return {};
-  return {text, static_cast<std::size_t>(count)};
+  std::size_t n = 0;
+  const std::size_t limit = static_cast<std::size_t>(count);
+  while (n < limit && text[n] != '\0') ++n;
+  return {text, n};
 }
 
-// A fixed 260-character blank-padded path as the DIRECT entries pass it, trimmed.
+// A fixed 260-character blank-padded path as the DIRECT entries pass it, trimmed. A NUL
+// inside the 260 characters ends the text early, as a C host may pass a shorter buffer.
 inline std::string PaddedPathFromHost(const char* path260) {
   if (path260 == nullptr) return {};
   std::size_t n = 0;
-  while (n < 260 && path260[n] != '\0') ++n;
+  while (n < kPathWidth && path260[n] != '\0') ++n;
   return std::string(TrimRight(std::string_view(path260, n)));
+}
+
+}  // namespace quellon
+
+namespace quellon {
+
+// A NUL-terminated host path as a run entry or a file operation takes it: copied into a
+// 260-character field, which cuts a longer path, and trimmed of trailing blanks.
+inline std::string PathFromHost(const char* path) {
+  FixedText<kPathWidth> field;
+  field.assign(TextFromHost(path));
+  return std::string(field.trimmed());
 }
 
 }  // namespace quellon

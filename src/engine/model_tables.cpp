@@ -1,5 +1,7 @@
 #include "engine/model_tables.h"
 
+#include <cstdint>
+#include <exception>
 #include <new>
 #include <string>
 
@@ -8,28 +10,44 @@
 
 namespace quellon {
 
+namespace {
+
+// A table is refused, like a workspace array, when the memory probe says that the
+// process can't be given it: filling it would otherwise invite the kernel to kill the
+// process for memory.
+bool TableFits(const Engine& e, std::size_t rows, std::size_t row_bytes) {
+  if (rows == 0 || e.memory_probe == nullptr) return true;
+  return rows <= e.memory_probe() / row_bytes;
+}
+
+}  // namespace
+
+// The count is stored as given, so a negative count reads back as it was passed while
+// the table stays empty; every loop over the rows then simply runs no step.
 int CreateLayers(Engine& e, int n) {
   Borehole& b = e.borehole;
-  const int rows = n > 0 ? n : 0;
+  const std::size_t rows = static_cast<std::size_t>(n > 0 ? n : 0);
   if (b.LayersCreated) {
     LogLine(e, "Error creating layers!");
     return 0;
   }
   try {
-    b.LayerTable.assign(static_cast<std::size_t>(rows), Layer{});
-  } catch (const std::bad_alloc&) {
+    if (!TableFits(e, rows, sizeof(Layer))) throw std::bad_alloc();
+    b.LayerTable.assign(rows, Layer{});
+  } catch (const std::exception&) {  // bad_alloc, or a length beyond the vector's reach
+    b.LayerTable.clear();
     LogLine(e, "Error creating layers!");
     return 0;
   }
   b.LayersCreated = true;
-  b.NumberOfLayers = rows;
-  LogLine(e, "Created " + std::to_string(rows) + " layers");
+  b.NumberOfLayers = n;
+  LogLine(e, "Created " + std::to_string(n) + " layers");
   return 1;
 }
 
 int CreatePiles(Engine& e, int n) {
   Foundation& f = e.foundation;
-  const int rows = n > 0 ? n : 0;
+  const std::size_t rows = static_cast<std::size_t>(n > 0 ? n : 0);
   auto fail = [&e] {
     LogLine(e, "Error creating piles!");
     SendError(e, "Error creating piles!");
@@ -37,14 +55,16 @@ int CreatePiles(Engine& e, int n) {
   };
   if (f.PilesCreated) return fail();
   try {
-    f.PileTable.assign(static_cast<std::size_t>(rows), Pile{});
-  } catch (const std::bad_alloc&) {
+    if (!TableFits(e, rows, sizeof(Pile))) throw std::bad_alloc();
+    f.PileTable.assign(rows, Pile{});
+  } catch (const std::exception&) {
+    f.PileTable.clear();
     return fail();
   }
-  for (int i = 1; i <= rows; ++i) f.Piles(i).Number = i;
+  for (std::size_t i = 0; i < rows; ++i) f.PileTable[i].Number = static_cast<std::int32_t>(i + 1);
   f.PilesCreated = true;
-  f.NumberOfPiles = rows;
-  LogLine(e, "Created " + std::to_string(rows) + " piles");
+  f.NumberOfPiles = n;
+  LogLine(e, "Created " + std::to_string(n) + " piles");
   return 1;
 }
 

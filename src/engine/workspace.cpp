@@ -1,8 +1,9 @@
 #include "engine/workspace.h"
 
+#include <climits>
 #include <cstdint>
-#include <fstream>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 #include "engine/engine.h"
@@ -12,31 +13,38 @@ namespace quellon {
 
 namespace {
 
+// Allocator statuses. 0 is success; 41 stands for insufficient virtual memory, the one
+// failure the engine tells apart. Exhausted memory is any of: a size that no index of
+// the engine can address (above 2^31 - 1 rows or columns), a request above what the
+// memory probe says the process can still be given, or the allocator itself failing.
 constexpr int kStatusOk = 0;
-constexpr int kStatusNoMemory = 41;  // insufficient virtual memory
+constexpr int kStatusNoMemory = 41;
 
-// The memory this process can still be given: the kernel's estimate of available
-// memory. On a machine that overcommits, an allocation far beyond it would succeed and
-// the process would be killed later while the zeros are written; asking first turns
-// that into an orderly failure.
-std::uint64_t AvailableMemoryBytes() {
-  std::ifstream meminfo("/proc/meminfo");
-  std::string key;
-  std::uint64_t value = 0;
-  std::string unit;
-  while (meminfo >> key >> value >> unit) {
-    if (key == "MemAvailable:") return value * 1024u;
-  }
-  return UINT64_MAX;
+using Size = std::int64_t;
+
+Size Clamp(Size n) { return n > 0 ? n : 0; }
+
+// a * b for non-negative a and b, saturating instead of overflowing.
+Size Product(Size a, Size b) {
+  if (a == 0 || b == 0) return 0;
+  return a > INT64_MAX / b ? INT64_MAX : a * b;
 }
 
-template <class Array, class... Sizes>
-int Allocate(Array& a, std::uint64_t element_bytes, Sizes... sizes) {
-  std::uint64_t count = 1;
-  ((count *= static_cast<std::uint64_t>(sizes > 0 ? sizes : 0)), ...);
-  if (count * element_bytes > AvailableMemoryBytes()) return kStatusNoMemory;
+template <class Array>
+int Allocate(Engine& e, Array& a, std::size_t element_bytes, Size rows, Size cols) {
+  rows = Clamp(rows);
+  cols = Clamp(cols);
+  if (rows > INT_MAX || cols > INT_MAX) return kStatusNoMemory;
+  const std::uint64_t count = static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(cols);
+  if (count > UINT64_MAX / element_bytes) return kStatusNoMemory;
+  const std::uint64_t bytes = count * element_bytes;
+  if (bytes > 0 && e.memory_probe != nullptr && bytes > e.memory_probe()) return kStatusNoMemory;
   try {
-    a.resize(sizes...);
+    if constexpr (requires { a.resize(1, 1); }) {
+      a.resize(static_cast<int>(rows), static_cast<int>(cols));
+    } else {
+      a.resize(static_cast<int>(rows));
+    }
   } catch (const std::bad_alloc&) {
     a.release();
     return kStatusNoMemory;
@@ -57,59 +65,72 @@ int Report(Engine& e, int status, const char* routine, const char* memory_text) 
   return 0;
 }
 
-}  // namespace
-
-int Create1DRealMatrix(Engine& e, RealVector& a, int n) {
-  return Report(e, Allocate(a, sizeof(float), n), "Create1DRealMatrix",
+// The creation routines with sizes wide enough for the workspace's products, which may
+// exceed what an int holds before they are refused.
+int CreateReal1D(Engine& e, RealVector& a, Size n) {
+  return Report(e, Allocate(e, a, sizeof(float), n, 1), "Create1DRealMatrix",
                 "Insufficient virtual memory to proceed (creating 1D real matrix)");
 }
 
-int Create2DRealMatrix(Engine& e, RealMatrix& a, int rows, int cols) {
-  return Report(e, Allocate(a, sizeof(float), rows, cols), "Create2DRealMatrix",
+int CreateReal2D(Engine& e, RealMatrix& a, Size rows, Size cols) {
+  return Report(e, Allocate(e, a, sizeof(float), rows, cols), "Create2DRealMatrix",
                 "Insufficient virtual memory to proceed (creating 2D real matrix)");
 }
 
+int CreateLogical2D(Engine& e, LogicalMatrix& a, Size rows, Size cols) {
+  return Report(e, Allocate(e, a, sizeof(std::int32_t), rows, cols), "Create2DLogicalMatrix",
+                "Insufficient virtual memory to proceed (creating 2D logical matrix)");
+}
+
+}  // namespace
+
+int Create1DRealMatrix(Engine& e, RealVector& a, int n) { return CreateReal1D(e, a, n); }
+
+int Create2DRealMatrix(Engine& e, RealMatrix& a, int rows, int cols) { return CreateReal2D(e, a, rows, cols); }
+
 int Create1DLogicalMatrix(Engine& e, LogicalVector& a, int n) {
-  return Report(e, Allocate(a, sizeof(std::int32_t), n), "Create1DLogicalMatrix",
+  return Report(e, Allocate(e, a, sizeof(std::int32_t), n, 1), "Create1DLogicalMatrix",
                 "Insufficient virtual memory to proceed (creating 1D logical matrix)");
 }
 
 int Create2DLogicalMatrix(Engine& e, LogicalMatrix& a, int rows, int cols) {
-  return Report(e, Allocate(a, sizeof(std::int32_t), rows, cols), "Create2DLogicalMatrix",
-                "Insufficient virtual memory to proceed (creating 2D logical matrix)");
+  return CreateLogical2D(e, a, rows, cols);
 }
 
-int Create1DIntegerMatrix(Engine&, IntegerVector& a, int n) {
-  return Allocate(a, sizeof(std::int32_t), n) == kStatusOk ? 1 : 0;
+int Create1DIntegerMatrix(Engine& e, IntegerVector& a, int n) {
+  return Allocate(e, a, sizeof(std::int32_t), n, 1) == kStatusOk ? 1 : 0;
 }
 
 int CreateWorkspace(Engine& e) {
   Workspace& w = e.ws;
-  const int n = e.foundation.NumberOfElements;
-  const int P = e.foundation.NumberOfPiles;
-  const int M = 4 * n + 1;
-  const int N = M * P;
-  const int I = e.actions.NumberOfIncrements;
-  const int K = e.project.DynamicModel ? 6 * P : 6;
+  // The shapes in 64 bits: a model far too large must be refused, not overflow.
+  const Size n = Clamp(e.foundation.NumberOfElements);
+  const Size P = Clamp(e.foundation.NumberOfPiles);
+  const Size M = 4 * n + 1;
+  const Size N = Product(M, P);
+  const Size I = Clamp(e.actions.NumberOfIncrements);
+  const Size K = e.project.DynamicModel ? Product(6, P) : 6;
 
-  RealVector* vectorsN[] = {
-      &w.SoilDispInc,   &w.DispAxialInc, &w.DispXInc,    &w.DispYInc,       &w.TwistInc,     &w.DispAxial,
-      &w.DispX,         &w.DispY,        &w.Twist,       &w.StressAxialInc, &w.StressXInc,   &w.LoadAxialInc,
-      &w.ShearXInc,     &w.MomentXZInc,  &w.StressYInc,  &w.ShearYInc,      &w.MomentYZInc,  &w.StressTorsionInc,
-      &w.TorqueInc,     &w.LimitAxial,   &w.LimitX,      &w.LimitY,         &w.LimitTorsion, &w.StressAxial,
-      &w.StressX,       &w.StressY,      &w.StressTorsion, &w.LoadAxial,    &w.ShearX,       &w.MomentXZ,
-      &w.ShearY,        &w.MomentYZ,     &w.Torque};
-  RealVector* vectorsP[] = {&w.HeadDispAxial,    &w.HeadDispX,    &w.HeadDispY,        &w.HeadTwist,
-                            &w.HeadDispAxialInc, &w.HeadDispXInc, &w.HeadDispYInc,     &w.HeadTwistInc,
-                            &w.PileHeadAxial,    &w.PileHeadX,    &w.PileHeadMomentXZ, &w.PileHeadY,
-                            &w.PileHeadMomentYZ, &w.PileHeadTorque};
-  RealVector* vectors6[] = {&w.CapDispInc, &w.CapDispTotal, &w.CapLoadInc, &w.CapLoadTotal};
+  RealVector* const vectorsN[] = {
+      &w.SoilDispInc,  &w.DispAxialInc,  &w.DispXInc,       &w.DispYInc,          &w.TwistInc,
+      &w.DispAxial,    &w.DispX,         &w.DispY,          &w.Twist,             &w.StressAxialInc,
+      &w.StressXInc,   &w.LoadAxialInc,  &w.ShearXInc,      &w.MomentXZInc,       &w.StressYInc,
+      &w.ShearYInc,    &w.MomentYZInc,   &w.StressTorsionInc, &w.TorqueInc,       &w.LimitAxial,
+      &w.LimitX,       &w.LimitY,        &w.LimitTorsion,   &w.StressAxial,       &w.StressX,
+      &w.StressY,      &w.StressTorsion, &w.LoadAxial,      &w.ShearX,            &w.MomentXZ,
+      &w.ShearY,       &w.MomentYZ,      &w.Torque};
+  RealVector* const vectorsP[] = {&w.HeadDispAxial,    &w.HeadDispX,    &w.HeadDispY,        &w.HeadTwist,
+                                  &w.HeadDispAxialInc, &w.HeadDispXInc, &w.HeadDispYInc,     &w.HeadTwistInc,
+                                  &w.PileHeadAxial,    &w.PileHeadX,    &w.PileHeadMomentXZ, &w.PileHeadY,
+                                  &w.PileHeadMomentYZ, &w.PileHeadTorque};
+  RealVector* const vectors6[] = {&w.CapDispInc, &w.CapDispTotal, &w.CapLoadInc, &w.CapLoadTotal};
 
   bool ok = true;
-  for (RealVector* v : vectorsN) ok = ok && Create1DRealMatrix(e, *v, N);
-  for (RealVector* v : vectorsP) ok = ok && Create1DRealMatrix(e, *v, P);
-  for (RealVector* v : vectors6) ok = ok && Create1DRealMatrix(e, *v, 6);
+  for (RealVector* v : vectorsN) ok = ok && CreateReal1D(e, *v, N);
+  for (RealVector* v : vectorsP) ok = ok && CreateReal1D(e, *v, P);
+  for (RealVector* v : vectors6) ok = ok && CreateReal1D(e, *v, 6);
   if (!ok) {
+    // What was made stays until the driver's ReleaseWorkspace.
     const char* text = "Error - insufficient memory/address space to create 1D matrices";
     LogLine(e, text);
     SendError(e, text);
@@ -118,21 +139,21 @@ int CreateWorkspace(Engine& e) {
 
   struct Shape {
     RealMatrix* m;
-    int rows, cols;
+    Size rows, cols;
   };
-  const Shape before_yield[] = {{&w.GD, N, N}, {&w.G, N, N}, {&w.D, N, N}, {&w.G0, N, N}};
-  const Shape after_yield[] = {
-      {&w.soil_K, M, M},           {&w.pair_K, M, M},           {&w.pile_D, M, M},
-      {&w.HeadAxial, P, K},        {&w.HeadX, P, K},            {&w.HeadMomentXZ, P, K},
-      {&w.HeadY, P, K},            {&w.HeadMomentYZ, P, K},     {&w.HeadTorque, P, K},
-      {&w.UnitStressAxial, N, K},  {&w.UnitStressX, N, K},      {&w.UnitStressY, N, K},
+  const Shape square[] = {{&w.GD, N, N}, {&w.G, N, N}, {&w.D, N, N}, {&w.G0, N, N}};
+  const Shape rest[] = {
+      {&w.soil_K, M, M},            {&w.pair_K, M, M},          {&w.pile_D, M, M},
+      {&w.HeadAxial, P, K},         {&w.HeadX, P, K},           {&w.HeadMomentXZ, P, K},
+      {&w.HeadY, P, K},             {&w.HeadMomentYZ, P, K},    {&w.HeadTorque, P, K},
+      {&w.UnitStressAxial, N, K},   {&w.UnitStressX, N, K},     {&w.UnitStressY, N, K},
       {&w.UnitStressTorsion, N, K}, {&w.UBCV, N, K},            {&w.Tractions, N, K},
-      {&w.HistoryDisp, I, K},      {&w.HistoryLoad, I, K},      {&w.HistoryDispInc, I, K},
-      {&w.SectionEA, n + 1, P},    {&w.SectionEIx, n + 1, P},   {&w.SectionEIy, n + 1, P},
+      {&w.HistoryDisp, I, K},       {&w.HistoryLoad, I, K},     {&w.HistoryDispInc, I, K},
+      {&w.SectionEA, n + 1, P},     {&w.SectionEIx, n + 1, P},  {&w.SectionEIy, n + 1, P},
       {&w.SectionGJ, n + 1, P}};
-  for (const Shape& s : before_yield) ok = ok && Create2DRealMatrix(e, *s.m, s.rows, s.cols);
-  ok = ok && Create2DLogicalMatrix(e, w.Yielded, 4, N);
-  for (const Shape& s : after_yield) ok = ok && Create2DRealMatrix(e, *s.m, s.rows, s.cols);
+  for (const Shape& s : square) ok = ok && CreateReal2D(e, *s.m, s.rows, s.cols);
+  ok = ok && CreateLogical2D(e, w.Yielded, 4, N);
+  for (const Shape& s : rest) ok = ok && CreateReal2D(e, *s.m, s.rows, s.cols);
   if (!ok) {
     const char* text = "Error - insufficient memory/address space to create 2D matrices";
     LogLine(e, text);
@@ -144,13 +165,9 @@ int CreateWorkspace(Engine& e) {
 }
 
 void ReleaseWorkspace(Engine& e) {
-  // Releasing the workspace means dropping every array: a fresh object holds none.
-  Workspace fresh;
-  fresh.YieldCountAxial = e.ws.YieldCountAxial;
-  fresh.YieldCountX = e.ws.YieldCountX;
-  fresh.YieldCountY = e.ws.YieldCountY;
-  fresh.YieldCountTorsion = e.ws.YieldCountTorsion;
-  std::swap(e.ws, fresh);
+  // Every array goes, matrices first, whether or not it was made; the yield counters are
+  // plain integers beside the arrays and are zeroed by their own routine, not here.
+  ForEachArray(e.ws, [](auto& a) { a.release(); });
 }
 
 }  // namespace quellon

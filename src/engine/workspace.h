@@ -4,6 +4,7 @@
 // (DynamicModel) and 6 without; only the first six columns of a K-wide table hold values.
 #pragma once
 
+#include <initializer_list>
 #include <string_view>
 
 #include "engine/arrays.h"
@@ -47,6 +48,33 @@ struct Workspace {
   // Yield counters: how many times an element became yielded in each direction.
   int YieldCountAxial = 0, YieldCountX = 0, YieldCountY = 0, YieldCountTorsion = 0;
 };
+
+// Calls f on every array of the workspace, YamashitaEsv included: the matrices first,
+// then the vectors. The release of a run and the checks that nothing is left both go
+// through here, so an array added to the workspace must be added here too.
+template <class F>
+void ForEachArray(Workspace& w, F&& f) {
+  for (RealMatrix* m : {&w.GD, &w.G, &w.D, &w.G0, &w.soil_K, &w.pair_K, &w.pile_D, &w.HeadAxial, &w.HeadX,
+                        &w.HeadMomentXZ, &w.HeadY, &w.HeadMomentYZ, &w.HeadTorque, &w.UnitStressAxial,
+                        &w.UnitStressX, &w.UnitStressY, &w.UnitStressTorsion, &w.UBCV, &w.Tractions,
+                        &w.HistoryDisp, &w.HistoryLoad, &w.HistoryDispInc, &w.SectionEA, &w.SectionEIx,
+                        &w.SectionEIy, &w.SectionGJ, &w.YamashitaEsv})
+    f(*m);
+  f(w.Yielded);
+  for (RealVector* v :
+       {&w.SoilDispInc,     &w.DispAxialInc,     &w.DispXInc,      &w.DispYInc,       &w.TwistInc,
+        &w.DispAxial,       &w.DispX,            &w.DispY,         &w.Twist,          &w.StressAxialInc,
+        &w.StressXInc,      &w.LoadAxialInc,     &w.ShearXInc,     &w.MomentXZInc,    &w.StressYInc,
+        &w.ShearYInc,       &w.MomentYZInc,      &w.StressTorsionInc, &w.TorqueInc,   &w.LimitAxial,
+        &w.LimitX,          &w.LimitY,           &w.LimitTorsion,  &w.StressAxial,    &w.StressX,
+        &w.StressY,         &w.StressTorsion,    &w.LoadAxial,     &w.ShearX,         &w.MomentXZ,
+        &w.ShearY,          &w.MomentYZ,         &w.Torque,        &w.HeadDispAxial,  &w.HeadDispX,
+        &w.HeadDispY,       &w.HeadTwist,        &w.HeadDispAxialInc, &w.HeadDispXInc, &w.HeadDispYInc,
+        &w.HeadTwistInc,    &w.PileHeadAxial,    &w.PileHeadX,     &w.PileHeadMomentXZ, &w.PileHeadY,
+        &w.PileHeadMomentYZ, &w.PileHeadTorque,  &w.CapDispInc,    &w.CapDispTotal,   &w.CapLoadInc,
+        &w.CapLoadTotal})
+    f(*v);
+}
 
 // Creation routines: a size below 1 gives an empty array. On success every element is 0
 // and the result is 1; on failure the LOG gets the status line and, for exhausted memory

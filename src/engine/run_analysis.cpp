@@ -1,0 +1,164 @@
+#include "engine/run_analysis.h"
+
+#include <cstdio>
+#include <new>
+#include <string>
+
+#include "engine/engine.h"
+#include "engine/file_units.h"
+#include "engine/model_tables.h"
+#include "engine/notify.h"
+#include "engine/workspace.h"
+#include "files/number_forms.h"
+#include "files/reports.h"
+#include "soil/soil.h"
+#include "solution/solution.h"
+
+namespace quellon {
+
+namespace {
+
+// String table id posted when the increments are over.
+constexpr int kFinalIncrementCompleted = 17;
+
+// Marks the engine busy for the length of a run, whichever way the run ends, so that a
+// host calling back into the engine can't change the model under it.
+class RunningScope {
+ public:
+  explicit RunningScope(Engine& e) : e_(e) { e_.running = true; }
+  ~RunningScope() { e_.running = false; }
+  RunningScope(const RunningScope&) = delete;
+  RunningScope& operator=(const RunningScope&) = delete;
+
+ private:
+  Engine& e_;
+};
+
+enum class IncrementEnd { kNext, kStop, kAbandon };
+
+// One load increment. solve_result receives the result of Solve, which the run returns
+// if it is abandoned.
+IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
+  NotifyCreateIncrement(e, i);
+  PrintIncrementHead(e, i);
+  // A failed solve has told the host already; the increment goes on with the
+  // tractions in hand.
+  solve_result = Solve(e, i);
+  PrintSolveVectors(e);
+  SplitTractions(e);
+  PrintUnitStresses(e);
+  CalcHeadLoads(e, i);
+  PrintUnitHeadLoads(e);
+  if (CalcStiffnessDisplsStressesLoads(e, i) == 0) return IncrementEnd::kAbandon;
+  SplitSoilDisplacements(e);
+  PrintIncrementalDisplacements(e);
+  // Update ends the loop when the axial capacity of the group is used up; this
+  // increment then isn't counted.
+  if (Update(e, i) == 0) return IncrementEnd::kStop;
+  SendCounter(e, i);
+  const std::string line = "Increment " + FormatInt(i) + "\n";
+  std::fputs(line.c_str(), stdout);
+  std::fflush(stdout);
+  return IncrementEnd::kNext;
+}
+
+// From the workspace to the end of the increments. Returns 1 when the increments ended
+// in order, 0 when the run could not start them; abandoned tells the caller to leave at
+// once with the returned value, which is then the last result of Solve.
+int Calculate(Engine& e, bool& abandoned) {
+  abandoned = false;
+  if (CreateWorkspace(e) == 0) return 0;
+  PrepareGroupGeometry(e);
+  WriteTXTInput(e);
+  PileStiffnessesAllPiles(e);
+  // Without its modulus table the soil assembly would read an array that isn't there:
+  // the run ends as a failure rather than go on.
+  if (YamashitaVerticalStiffnessAverageAllPiles(e) == 0) return 0;
+  WriteXMLHeader(e);
+  WriteXMLInput(e);
+  WriteXMLOutputStart(e);
+  if (e.project.NonLinear != 0) {
+    LimitingStressesAllPiles(e);
+    if (e.project.Flag(18)) PrintLimitingStresses(e);
+  }
+
+  SendInfo(e, "Assembling flexibility matrices...");
+  const int piles = e.foundation.NumberOfPiles;
+  for (int p = 1; p <= piles; ++p) {
+    AssembleSoilFlexibility(e, p);
+    if (e.project.Flag(3)) WriteSinglePileMatrix(e, p);
+    AssemblePileFlexibility(e, p);
+    BuildBoundaryConditionVectors(e, p);
+  }
+
+  int solve_result = 0;
+  const int increments = e.actions.NumberOfIncrements;
+  for (int i = 1; i <= increments; ++i) {
+    const IncrementEnd end = RunIncrement(e, i, solve_result);
+    if (end == IncrementEnd::kAbandon) {
+      abandoned = true;
+      return solve_result;
+    }
+    if (end == IncrementEnd::kStop) break;
+  }
+  PostWindowMessage(e, kFinalIncrementCompleted);
+  WriteXMLOutputEnd(e);
+  return 1;
+}
+
+// The end of every run that reached its calculation: the arrays go, the model is reset
+// so that the next analysis starts empty, and the host hears how it ended.
+void Finish(Engine& e, int result) {
+  ReleaseWorkspace(e);
+  SendInfo(e, "Releasing memory ...");
+  ReleaseFoundation(e);
+  ReleaseBorehole(e);
+  ResetActions(e);
+  ResetProject(e);
+  const char* closing = result == 1 ? "Finished running the boundary element analysis (success)"
+                                    : "Finished running the boundary element analysis (failed)";
+  LogLine(e, closing);
+  SendInfo(e, closing);
+}
+
+}  // namespace
+
+int OpenRunFiles(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
+  CloseXMLFile(e);
+  OpenXMLOutput(e, xml_path);
+  if (txt_path) {
+    CloseTXTFile(e);
+    OpenTXTReport(e, *txt_path);
+  }
+  return e.project.XMLUnit != 0 ? 1 : 0;
+}
+
+int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
+  if (e.running) {
+    SendError(e, "An analysis is already running");
+    return 0;
+  }
+  RunningScope running(e);
+  if (OpenRunFiles(e, xml_path, txt_path) == 0) return 0;
+
+  SendInfo(e, "Running the boundary element analysis...");
+  int result = 0;
+  try {
+    ResetYieldCounters(e);
+    bool abandoned = false;
+    result = Calculate(e, abandoned);
+    if (abandoned) return result;
+  } catch (const std::bad_alloc&) {
+    // Memory ran out in a routine that doesn't report it itself: the run fails in
+    // order, with its arrays released.
+    SendError(e, "Insufficient virtual memory to proceed");
+    result = 0;
+  } catch (...) {
+    SendError(e, "Internal error");
+    result = 0;
+  }
+  Finish(e, result);
+  return result;
+}
+
+}  // namespace quellon
