@@ -130,10 +130,12 @@ int CreateWorkspace(Engine& e) {
   for (RealVector* v : vectorsP) ok = ok && CreateReal1D(e, *v, P);
   for (RealVector* v : vectors6) ok = ok && CreateReal1D(e, *v, 6);
   if (!ok) {
-    // What was made stays until the driver's ReleaseWorkspace.
+    // What was made goes at once, so that a failed creation never holds memory; the
+    // driver's own release afterwards finds nothing left, which does no harm.
     const char* text = "Error - insufficient memory/address space to create 1D matrices";
     LogLine(e, text);
     SendError(e, text);
+    ReleaseWorkspace(e);
     return 0;
   }
 
