@@ -14,7 +14,9 @@
  *   - a text is a pointer to NUL-terminated characters and a count of characters to
  *     take (a negative count takes none; the count must not exceed the text's length);
  *   - a "bool" argument is one byte, stored as a 32-bit integer without a check;
- *   - every setter echoes its call to the LOG file when one is open.
+ *   - every setter echoes its call to the LOG file when one is open;
+ *   - while a run is in progress (a callback calling back into the engine) the model
+ *     setters and the run entries refuse with 0 and an error message.
  *
  * Units: m, kN, kNm, kPa, kN/m^3, degrees. Section stiffnesses are passed in MN and
  * MNm^2 and held in kN and kNm^2. X and Y are horizontal, Z is positive downward.
@@ -191,6 +193,7 @@ QUELLON_API int QuellonSetWindowMessageObserver(QuellonWindowMessageFn fn);
  * the workspace could not be created.
  * ------------------------------------------------------------------------------- */
 QUELLON_API int QuellonRunAnalysis1(const char* xml_path);
+/* A null txt_path runs as QuellonRunAnalysis1. */
 QUELLON_API int QuellonRunAnalysis2(const char* xml_path, const char* txt_path);
 /* Paths are fixed 260-character blank-padded texts; txt_path may be null; the third
  * argument is ignored. */

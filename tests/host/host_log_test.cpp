@@ -164,26 +164,6 @@ TEST_F(HostLog, SetterEchoLines) {
   EXPECT_EQ(QuellonRunAnalysis1(Path("echo.xml").c_str()), 1);
 }
 
-TEST_F(HostLog, FlagsTakeTheirCountAndKeepTheRest) {
-  ASSERT_EQ(QuellonCreateLOGFile(Path("flags.log").c_str()), 1);
-  int all[45];
-  for (int& f : all) f = 7;
-  QuellonSetProjectFlags(all, 45);  // more than 40 counts as 40
-  const int two[2] = {0, 0};
-  QuellonSetProjectFlags(two, 2);   // flags 3 to 40 keep their values
-  QuellonSetProjectFlags(two, -3);  // none taken; the echo still shows all 40
-  QuellonSetProjectFlags(nullptr, 10);
-  QuellonCloseLOGFile();
-  const std::vector<std::string> body = Body(ReadLines(Path("flags.log")));
-  const std::string set40(40, 'T');
-  const std::string first_two_clear = "FF" + std::string(38, 'T');
-  EXPECT_EQ(body, (std::vector<std::string>{
-                      "SetProjectFlags...", "    Project flags = " + set40, "SetProjectFlags...",
-                      "    Project flags = " + first_two_clear, "SetProjectFlags...",
-                      "    Project flags = " + first_two_clear, "SetProjectFlags...",
-                      "    Project flags = " + first_two_clear}));
-}
-
 TEST_F(HostLog, IndexErrorsStoreNothing) {
   ASSERT_EQ(QuellonCreateLOGFile(Path("index.log").c_str()), 1);
   // No tables yet: every index is out of range.
