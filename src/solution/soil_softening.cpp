@@ -2,7 +2,10 @@
 //
 // The soil flexibility G is rebuilt from its elastic copy G0 at every update, so the
 // softening and the releases of one increment never pile up on those of the increments
-// before. The update runs in two phases:
+// before. The sequence of one update is: take the elastic copy (first increment only);
+// soften every column of G; form GD = G + D; axial yield; unloading and yield in X; the
+// same in Y; torsional yield. Each of these sees the matrices as the one before left
+// them. The work runs in two phases:
 //
 //  1. Decisions. From the stresses, limits and yield flags alone: the softening factor of
 //     every unknown, the yield of each direction with its flags, counters and LOG lines,
@@ -81,8 +84,8 @@ struct Layout {
   int ElementRow(int p, int k) const { return (p - 1) * n + k; }
 };
 
-// Step 2, the factors only: every unknown's column is divided by its factor when the
-// matrices are rebuilt. Uses the stresses before unloading sets any to zero.
+// The softening factors: every unknown's column is divided by its factor when the
+// matrices are rebuilt. Worked out from the stresses before unloading sets any to zero.
 void SofteningFactors(const Engine& e, const Layout& g, UpdatePlan& plan) {
   const Workspace& w = e.ws;
   const Project& pr = e.project;
@@ -101,7 +104,7 @@ void SofteningFactors(const Engine& e, const Layout& g, UpdatePlan& plan) {
   }
 }
 
-// Step 4. An element beyond its limit, or a base in tension, is released with the
+// Axial yield. An element beyond its limit, or a base in tension, is released with the
 // torsional unknown of the same shaft element, since both act on the same interface.
 // The flag, once set, stays: the axial count is what ends the run.
 void AxialYield(Engine& e, const Layout& g, UpdatePlan& plan) {
@@ -123,7 +126,7 @@ void AxialYield(Engine& e, const Layout& g, UpdatePlan& plan) {
   }
 }
 
-// Steps 5 and 7. A yielded element whose neighbours move the other way (the sum S of
+// Unloading in X or Y. A yielded element whose neighbours move the other way (the sum S of
 // their stress increments has the opposite sign to its stress) is unloading: its stress
 // total starts again from 0 and it takes back its elastic stiffness in the system for
 // the next solve. S is the sum for the last element that had two neighbours; the first
@@ -148,9 +151,10 @@ void UnloadingInDirection(const Engine& e, const Layout& g, RealVector& stress, 
   }
 }
 
-// Steps 6 and 7. Beyond the limit: yielded and released. Back at or below it, or
-// unloading: the flag clears and the element takes part again, softened. The counter
-// counts every time an element becomes yielded and never goes down.
+// Yield in X or Y. Beyond the limit: yielded and released. Back at or below it, or
+// unloading: the flag clears and the element takes part again, softened. A stress that
+// is neither (not a number) is taken as beyond. The counter counts every time an element
+// becomes yielded and never goes down.
 void TransverseYield(Engine& e, const Layout& g, const RealVector& stress, const RealVector& limit, int yield_row,
                      int (Layout::*unknown)(int, int) const, int& count, UpdatePlan& plan) {
   Workspace& w = e.ws;
@@ -172,7 +176,8 @@ void TransverseYield(Engine& e, const Layout& g, const RealVector& stress, const
   }
 }
 
-// Step 8. A torsional yield releases the axial unknown of the same element too.
+// Torsional yield: only a stress strictly beyond the limit yields, and it releases the
+// axial unknown of the same element too.
 void TorsionalYield(Engine& e, const Layout& g, UpdatePlan& plan) {
   Workspace& w = e.ws;
   for (int p = 1; p <= g.P; ++p) {
@@ -210,7 +215,8 @@ inline void SetEntry(const UpdatePlan& plan, int i, int j, float g0, float d, fl
   }
 }
 
-// Steps 1 to 3 with every release and restore, in one pass over the columns.
+// The elastic copy, the softening and GD = G + D, with every release and restore, in
+// one pass over the columns.
 void RebuildMatrices(Workspace& w, int N, bool take_elastic_copy, const UpdatePlan& plan) {
   for (int j = 1; j <= N; ++j) {
     float* g = w.G.col(j);
