@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
+#include <utility>
 
 #include "engine/engine.h"
 #include "engine/model_tables.h"
@@ -16,16 +18,25 @@ void ExpectNear(float actual, double expected) { EXPECT_NEAR(actual, expected, 4
 
 double TanDeg(double deg) { return std::tan(deg * 3.14159265358979 / 180.0); }
 
-// One coarse layer from the surface: 10 kN/m^3, phi 30 (kp = 3), delta 20, Ks 1.5.
+// Creates one layer for each (top, ground type).
+void SetLayers(Engine& e, std::initializer_list<std::pair<float, int>> tops_and_types) {
+  ASSERT_EQ(CreateLayers(e, static_cast<int>(tops_and_types.size())), 1);
+  int i = 0;
+  for (const auto& [top, type] : tops_and_types) {
+    e.borehole.Layers(++i).DepthToTop = top;
+    e.borehole.Layers(i).GroundType = type;
+  }
+  e.project.AutoNq = 1;
+}
+
+// Coarse soil from the surface: 10 kN/m^3, phi 30 (kp = 3), delta 20, Ks 1.5.
 void OneCoarseLayer(Engine& e) {
-  ASSERT_EQ(CreateLayers(e, 1), 1);
+  SetLayers(e, {{0.0f, kCoarseSoil}});
   Layer& L = e.borehole.Layers(1);
-  L.GroundType = kCoarseSoil;
   L.WeightDensity = 10.0f;
   L.phi = 30.0f;
   L.delta = 20.0f;
   L.Ks = 1.5f;
-  e.project.AutoNq = 1;
 }
 
 // Calls the routine with sentinels, so that outputs not belonging to the flag show up.
@@ -56,12 +67,9 @@ TEST(LimitingStresses, FactorFormulas) {
 TEST(LimitingStresses, LayerAtDepthAndOverburden) {
   Engine e;
   EXPECT_EQ(LayerAtDepth(e.borehole, 1.0f), 0);  // no layers: no ground
-  ASSERT_EQ(CreateLayers(e, 3), 1);
-  const float tops[] = {0.0f, 2.0f, 5.0f}, gammas[] = {18.0f, 20.0f, 10.0f};
-  for (int i = 1; i <= 3; ++i) {
-    e.borehole.Layers(i).DepthToTop = tops[i - 1];
-    e.borehole.Layers(i).WeightDensity = gammas[i - 1];
-  }
+  SetLayers(e, {{0.0f, kCoarseSoil}, {2.0f, kCoarseSoil}, {5.0f, kCoarseSoil}});
+  const float gammas[] = {18.0f, 20.0f, 10.0f};
+  for (int i = 1; i <= 3; ++i) e.borehole.Layers(i).WeightDensity = gammas[i - 1];
   e.borehole.Overburden = 10.0f;
   EXPECT_EQ(LayerAtDepth(e.borehole, -0.5f), 0);
   EXPECT_EQ(LayerAtDepth(e.borehole, 1.99f), 1);
@@ -72,7 +80,7 @@ TEST(LimitingStresses, LayerAtDepthAndOverburden) {
   ExpectNear(OverburdenAtDepth(e.borehole, 3, 7.0f), 10.0 + 36.0 + 60.0 + 20.0);
 }
 
-TEST(LimitingStresses, CoarseSoil) {
+TEST(LimitingStresses, CoarseSoilAndLayerCaps) {
   Engine e;
   OneCoarseLayer(e);
   const double sv = 40.0;  // at z = 4
@@ -95,25 +103,40 @@ TEST(LimitingStresses, CoarseSoil) {
   ExpectNear(l.x, 2.0 * 2.0 * sv * TanDeg(30.0));
   ExpectNear(l.y, 9.0 * sv);
   ExpectNear(At(e, 4.0f, 1.0f, 0, SpacingRatios{10000.0f, 0.0f}).x, 9.0 * sv);
+  // The layer's caps act on shaft and base, never on the lateral limits; 0 or less: none.
+  Layer& L = e.borehole.Layers(1);
+  L.MaxSkinFriction = 15.0f;
+  L.MaxBearingPressure = 500.0f;
+  l = At(e, 4.0f, 1.0f, 0, SpacingRatios{10000.0f, 0.0f});
+  EXPECT_EQ(l.shaft, 15.0f);
+  ExpectNear(l.x, 9.0 * sv);
+  EXPECT_EQ(At(e, 4.0f, 1.0f, 1).base, 500.0f);
+  L.MaxSkinFriction = 0.0f;
+  L.MaxBearingPressure = -1.0f;
+  ExpectNear(At(e, 4.0f, 1.0f, 0).shaft, sv * 1.5 * TanDeg(20.0));
+  ExpectNear(At(e, 4.0f, 1.0f, 1).base, 25.0 * sv);
 }
 
 TEST(LimitingStresses, FineSoilRockAndDirectValues) {
   Engine e;
-  ASSERT_EQ(CreateLayers(e, 3), 1);
-  e.borehole.Layers(2).DepthToTop = 10.0f;
-  e.borehole.Layers(3).DepthToTop = 20.0f;
-  Layer& fine = e.borehole.Layers(1);
-  fine.GroundType = kFineSoil;
-  fine.DepthToTop = 1.0f;
+  SetLayers(e, {{1.0f, kFineSoil}, {10.0f, kRock}, {20.0f, kDirectValues}});
+  Layer &fine = e.borehole.Layers(1), &rock = e.borehole.Layers(2), &direct = e.borehole.Layers(3);
   fine.cu = 20.0f;
   fine.dcu = 5.0f;
   fine.alpha = 0.5f;
+  rock.qu = 100.0f;
+  rock.k1 = 0.6f;
+  direct.k5 = 0.01f;
+  direct.DirectSkinFriction = 80.0f;
+  direct.DirectEndBearing = 3000.0f;
+  direct.HasDirectLateral = 1;
+  direct.DirectLateral = 500.0f;
   // Above the first layer there is no ground: 0, not the values of a neighbour.
   Limits l = At(e, 0.5f, 0.5f, 0);
   EXPECT_EQ(l.shaft, 0.0f);
   EXPECT_EQ(l.x, 0.0f);
   EXPECT_EQ(At(e, 0.5f, 0.5f, 1).base, 0.0f);
-  // z = 1.2, D = 0.5: cu = 21, factor 2 + 7 * 1.2 / 1.5 = 7.6.
+  // Fine soil at z = 1.2, D = 0.5: cu = 21, factor 2 + 7 * 1.2 / 1.5 = 7.6.
   l = At(e, 1.2f, 0.5f, 0);
   ExpectNear(l.shaft, 10.5);
   ExpectNear(l.x, 7.6 * 21.0);
@@ -122,18 +145,13 @@ TEST(LimitingStresses, FineSoilRockAndDirectValues) {
   e.actions.Fy = 10.0f;
   ExpectNear(At(e, 1.2f, 0.5f, 0, SpacingRatios{0.0f, 1.0f}).y, 2.0 * 21.0);
 
-  Layer& rock = e.borehole.Layers(2);
-  rock.GroundType = kRock;
-  rock.qu = 100.0f;
-  rock.k1 = 0.6f;
   for (float k2 : {0.3f, 0.9f}) {
     rock.k2 = k2;
     ExpectNear(At(e, 11.0f, 1.0f, 0).shaft, 60.0);  // qu = 100 kPa: 100 k1 whatever k2
   }
   rock.qu = 400.0f;
-  rock.k2 = 0.5f;
+  rock.k2 = rock.k4 = 0.5f;
   rock.k3 = 2.0f;
-  rock.k4 = 0.5f;
   rock.k5 = 0.05f;  // at z = 11, D = 1: (11 + 1) * 0.05 = 0.6
   l = At(e, 11.0f, 1.0f, 0);
   ExpectNear(l.shaft, 120.0);
@@ -141,36 +159,12 @@ TEST(LimitingStresses, FineSoilRockAndDirectValues) {
   ExpectNear(l.y, 0.6 * 400.0);
   ExpectNear(At(e, 11.0f, 1.0f, 1).base, 400.0);
 
-  Layer& direct = e.borehole.Layers(3);
-  direct.GroundType = kDirectValues;
-  direct.DirectSkinFriction = 80.0f;
-  direct.DirectEndBearing = 3000.0f;
-  direct.DirectLateral = 500.0f;
-  direct.k5 = 0.01f;  // at z = 29, D = 1: 0.3
-  direct.HasDirectLateral = 1;
   l = At(e, 29.0f, 1.0f, 0);
   EXPECT_EQ(l.shaft, 80.0f);
   EXPECT_EQ(l.x, 500.0f);
   EXPECT_EQ(At(e, 29.0f, 1.0f, 1).base, 3000.0f);
-  direct.HasDirectLateral = 0;
+  direct.HasDirectLateral = 0;  // end bearing times the rock factor, 0.3
   ExpectNear(At(e, 29.0f, 1.0f, 0).y, 0.3 * 3000.0);
-}
-
-TEST(LimitingStresses, LayerCapsShaftAndBaseOnly) {
-  Engine e;
-  OneCoarseLayer(e);
-  Layer& L = e.borehole.Layers(1);
-  L.MaxSkinFriction = 15.0f;
-  L.MaxBearingPressure = 500.0f;
-  Limits l = At(e, 4.0f, 1.0f, 0);
-  EXPECT_EQ(l.shaft, 15.0f);
-  ExpectNear(l.x, 360.0);  // lateral limits are never capped
-  EXPECT_EQ(At(e, 4.0f, 1.0f, 1).base, 500.0f);
-  // A cap of 0 (or below) means none.
-  L.MaxSkinFriction = 0.0f;
-  L.MaxBearingPressure = -1.0f;
-  ExpectNear(At(e, 4.0f, 1.0f, 0).shaft, 60.0 * TanDeg(20.0));
-  ExpectNear(At(e, 4.0f, 1.0f, 1).base, std::pow(10.0, 1.5) * 40.0);
 }
 
 TEST(LimitingStresses, SpacingRatiosFollowTheLoadDirection) {
