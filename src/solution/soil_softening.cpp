@@ -1,0 +1,294 @@
+// Softening, yield and unloading of the soil after an increment.
+//
+// The soil flexibility G is rebuilt from its elastic copy G0 at every update, so the
+// softening and the releases of one increment never pile up on those of the increments
+// before. The sequence of one update is: take the elastic copy (first increment only);
+// soften every column of G; form GD = G + D; axial yield; unloading and yield in X; the
+// same in Y; torsional yield. Each of these sees the matrices as the one before left
+// them. The work runs in two phases:
+//
+//  1. Decisions. From the stresses, limits and yield flags alone: the softening factor of
+//     every unknown, the yield of each direction with its flags, counters and LOG lines,
+//     the stresses zeroed by unloading, and the list of operations on the matrices in
+//     the order they are decided: release an unknown (its row and column of G and GD
+//     cleared, 1 on the diagonal) or restore it (its row and column of GD taken back to
+//     the elastic G0 + D, G keeping its softened column). No decision reads a matrix.
+//  2. Matrices. One pass over the columns of G0, G, D and GD applies the elastic copy,
+//     the softening, GD = G + D and all the operations at once. An entry (i, j) of GD is
+//     decided by the later of the last operation on unknown i and on unknown j, which is
+//     what applying the operations one after the other in their order leaves; releases
+//     on G don't depend on order, since restores never touch G.
+//
+// So the work is one streaming pass over the N by N matrices, however many unknowns are
+// released, instead of a strided sweep along a row of two matrices for each of them.
+#include "solution/soil_softening.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/engine.h"
+#include "engine/notify.h"
+#include "files/number_forms.h"
+#include "solution/solution.h"
+
+namespace quellon {
+
+namespace {
+
+constexpr float kZero = 1.0e-20f;  // the engine's test of a real against zero
+
+// Rows of Yielded.
+constexpr int kAxialRow = 1;
+constexpr int kXRow = 2;
+constexpr int kYRow = 3;
+constexpr int kTorsionRow = 4;
+
+// The decisions of one update that concern the matrices.
+struct UpdatePlan {
+  RealVector factor;          // softening factor of each unknown's column
+  IntegerVector released_at;  // order of the unknown's last release, 0 if none
+  IntegerVector last_op_at;   // order of its last release or restore, 0 if none
+  IntegerVector touched;      // the unknowns with an operation, 1 to touched_count
+  int touched_count = 0;
+  int order = 0;
+  LogicalVector Unloading;  // elements unloading in the direction in hand
+
+  bool Create(Engine& e, int N) {
+    return Create1DLogicalMatrix(e, Unloading, N) == 1 && Create1DRealMatrix(e, factor, N) == 1 &&
+           Create1DIntegerMatrix(e, released_at, N) == 1 && Create1DIntegerMatrix(e, last_op_at, N) == 1 &&
+           Create1DIntegerMatrix(e, touched, N) == 1;
+  }
+  void Release(int c) {
+    Note(c);
+    released_at(c) = order;
+  }
+  void Restore(int c) { Note(c); }
+
+ private:
+  void Note(int c) {
+    if (last_op_at(c) == 0) touched(++touched_count) = c;
+    last_op_at(c) = ++order;
+  }
+};
+
+// Counts of the group, and where the unknowns of an element stand in the order of
+// unknowns: pile after pile, M = 4n + 1 each; axial 1 to n + 1 (the base last), then n
+// each of X, Y and torsion.
+struct Layout {
+  int n, P, M, N;
+  int AxialUnknown(int p, int k) const { return (p - 1) * M + k; }
+  int XUnknown(int p, int k) const { return (p - 1) * M + n + 1 + k; }
+  int YUnknown(int p, int k) const { return (p - 1) * M + 2 * n + 1 + k; }
+  int TorsionUnknown(int p, int k) const { return (p - 1) * M + 3 * n + 1 + k; }
+  int AxialRow(int p, int k) const { return (p - 1) * (n + 1) + k; }
+  int ElementRow(int p, int k) const { return (p - 1) * n + k; }
+};
+
+// The softening factors: every unknown's column is divided by its factor when the
+// matrices are rebuilt. Worked out from the stresses before unloading sets any to zero.
+void SofteningFactors(const Engine& e, const Layout& g, UpdatePlan& plan) {
+  const Workspace& w = e.ws;
+  const Project& pr = e.project;
+  for (int p = 1; p <= g.P; ++p) {
+    for (int k = 1; k <= g.n + 1; ++k) {
+      const int r = g.AxialRow(p, k);
+      const float R = k == g.n + 1 ? pr.Rb : pr.Rs;
+      plan.factor(g.AxialUnknown(p, k)) = SofteningFactor(w.StressAxial(r), w.LimitAxial(r), R);
+    }
+    for (int k = 1; k <= g.n; ++k) {
+      const int r = g.ElementRow(p, k);
+      plan.factor(g.XUnknown(p, k)) = SofteningFactor(w.StressX(r), w.LimitX(r), pr.Rl);
+      plan.factor(g.YUnknown(p, k)) = SofteningFactor(w.StressY(r), w.LimitY(r), pr.Rl);
+      plan.factor(g.TorsionUnknown(p, k)) = SofteningFactor(w.StressTorsion(r), w.LimitTorsion(r), pr.Rt);
+    }
+  }
+}
+
+// Axial yield. An element beyond its limit, or a base in tension, is released with the
+// torsional unknown of the same shaft element, since both act on the same interface.
+// The flag, once set, stays: the axial count is what ends the run.
+void AxialYield(Engine& e, const Layout& g, UpdatePlan& plan) {
+  Workspace& w = e.ws;
+  for (int p = 1; p <= g.P; ++p) {
+    for (int k = 1; k <= g.n + 1; ++k) {
+      const int r = g.AxialRow(p, k);
+      const float v = w.StressAxial(r);
+      const bool base = k == g.n + 1;
+      if (!(std::fabs(v) > std::fabs(w.LimitAxial(r)) || (base && v < 0.0f))) continue;
+      if (w.Yielded(kAxialRow, r) == 0) {
+        LogLine(e, "Element " + FormatInt(r) + " yielded");
+        ++w.YieldCountAxial;
+        w.Yielded(kAxialRow, r) = 1;
+      }
+      plan.Release(g.AxialUnknown(p, k));
+      if (!base) plan.Release(g.TorsionUnknown(p, k));
+    }
+  }
+}
+
+// Unloading in X or Y. A yielded element whose neighbours move the other way (the sum S of
+// their stress increments has the opposite sign to its stress) is unloading: its stress
+// total starts again from 0 and it takes back its elastic stiffness in the system for
+// the next solve. S is the sum for the last element that had two neighbours; the first
+// and last elements of a pile, and the first direction's leftover in the second, carry
+// it on. Needs the allowance and a pile of 16 elements or more.
+void UnloadingInDirection(const Engine& e, const Layout& g, RealVector& stress, const RealVector& increment,
+                          int yield_row, int (Layout::*unknown)(int, int) const, float& S, UpdatePlan& plan) {
+  const Workspace& w = e.ws;
+  plan.Unloading.fill(0);
+  if (!(e.project.ElasticUnloading != 0 && g.n > 15)) return;
+  for (int p = 1; p <= g.P; ++p) {
+    for (int k = 1; k <= g.n; ++k) {
+      const int r = g.ElementRow(p, k);
+      if (w.Yielded(yield_row, r) == 0) continue;
+      if (1 < k && k < g.n) S = increment(r - 1) + increment(r + 1);
+      if (S * stress(r) < 0.0f) {
+        plan.Unloading(r) = 1;
+        stress(r) = 0.0f;
+        plan.Restore((g.*unknown)(p, k));
+      }
+    }
+  }
+}
+
+// Yield in X or Y. Beyond the limit: yielded and released. Back at or below it, or
+// unloading: the flag clears and the element takes part again, softened. A stress that
+// is neither (not a number) is taken as beyond. The counter counts every time an element
+// becomes yielded and never goes down.
+void TransverseYield(Engine& e, const Layout& g, const RealVector& stress, const RealVector& limit, int yield_row,
+                     int (Layout::*unknown)(int, int) const, int& count, UpdatePlan& plan) {
+  Workspace& w = e.ws;
+  for (int p = 1; p <= g.P; ++p) {
+    for (int k = 1; k <= g.n; ++k) {
+      const int r = g.ElementRow(p, k);
+      const float x = std::fabs(stress(r));
+      const float y = std::fabs(limit(r));
+      if (x < y || std::fabs(x - y) < kZero || plan.Unloading(r) != 0) {
+        w.Yielded(yield_row, r) = 0;
+        continue;
+      }
+      if (w.Yielded(yield_row, r) == 0) {
+        ++count;
+        w.Yielded(yield_row, r) = 1;
+      }
+      plan.Release((g.*unknown)(p, k));
+    }
+  }
+}
+
+// Torsional yield: only a stress strictly beyond the limit yields, and it releases the
+// axial unknown of the same element too.
+void TorsionalYield(Engine& e, const Layout& g, UpdatePlan& plan) {
+  Workspace& w = e.ws;
+  for (int p = 1; p <= g.P; ++p) {
+    for (int k = 1; k <= g.n; ++k) {
+      const int r = g.ElementRow(p, k);
+      const float x = std::fabs(w.StressTorsion(r));
+      const float y = std::fabs(w.LimitTorsion(r));
+      if (x < y || std::fabs(x - y) < kZero) {
+        w.Yielded(kTorsionRow, r) = 0;
+      } else if (x > y) {
+        if (w.Yielded(kTorsionRow, r) == 0) {
+          ++w.YieldCountTorsion;
+          w.Yielded(kTorsionRow, r) = 1;
+        }
+        plan.Release(g.TorsionUnknown(p, k));
+        plan.Release(g.AxialUnknown(p, k));
+      }
+    }
+  }
+}
+
+// Entry (i, j) of G and GD once all operations are applied, from the elastic g0, the
+// pile's d and the softened g_soft of that entry (1-based unknowns).
+inline void SetEntry(const UpdatePlan& plan, int i, int j, float g0, float d, float g_soft, float& g, float& gd) {
+  const int rel_i = plan.released_at(i), rel_j = plan.released_at(j);
+  const float cleared = i == j ? 1.0f : 0.0f;
+  g = (rel_i != 0 || rel_j != 0) ? cleared : g_soft;
+  const int last = std::max(plan.last_op_at(i), plan.last_op_at(j));
+  if (last == 0) {
+    gd = g_soft + d;
+  } else if (last == rel_i || last == rel_j) {
+    gd = cleared;
+  } else {
+    gd = g0 + d;
+  }
+}
+
+// The elastic copy, the softening and GD = G + D, with every release and restore, in
+// one pass over the columns.
+void RebuildMatrices(Workspace& w, int N, bool take_elastic_copy, const UpdatePlan& plan) {
+  for (int j = 1; j <= N; ++j) {
+    float* g = w.G.col(j);
+    float* g0 = w.G0.col(j);
+    const float* d = w.D.col(j);
+    float* gd = w.GD.col(j);
+    if (take_elastic_copy) std::copy(g, g + N, g0);
+    const float f = plan.factor(j);
+    if (plan.last_op_at(j) == 0) {
+      // An untouched column: softened, summed, then only the rows of touched unknowns.
+      for (int i = 0; i < N; ++i) {
+        g[i] = g0[i] / f;
+        gd[i] = g[i] + d[i];
+      }
+      for (int t = 1; t <= plan.touched_count; ++t) {
+        const int i = plan.touched(t);
+        SetEntry(plan, i, j, g0[i - 1], d[i - 1], g0[i - 1] / f, g[i - 1], gd[i - 1]);
+      }
+    } else {
+      for (int i = 1; i <= N; ++i) SetEntry(plan, i, j, g0[i - 1], d[i - 1], g0[i - 1] / f, g[i - 1], gd[i - 1]);
+    }
+  }
+}
+
+}  // namespace
+
+float SofteningFactor(float stress, float limit, float R) {
+  if (R == 0.0f) return 1.0f;
+  const float s = std::fabs(stress);
+  const float l = std::fabs(limit);
+  float ratio;
+  if (l < kZero) {
+    ratio = s < kZero ? R : 1.0f;  // no strength: at the limit, or beyond it
+  } else {
+    ratio = s * R / l;
+  }
+  if (!(ratio < 1.0f)) return kMinimumSofteningFactor;
+  const float f = (1.0f - ratio) * (1.0f - ratio);
+  return f < kMinimumSofteningFactor ? kMinimumSofteningFactor : f;
+}
+
+void UpdateSoilFlexibility(Engine& e, int increment) {
+  Workspace& w = e.ws;
+  Layout g;
+  g.n = e.foundation.NumberOfElements;
+  g.P = e.foundation.NumberOfPiles;
+  g.M = 4 * g.n + 1;
+  g.N = g.M * g.P;
+  const int N = g.N;
+  if (N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != N ||
+      w.D.cols() != N || w.GD.rows() != N || w.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
+      w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N) {
+    return;  // not a workspace of this model
+  }
+
+  UpdatePlan plan;
+  if (!plan.Create(e, N)) {
+    // No yield can be tested; G and GD stay as they are. The elastic copy is still
+    // taken, so that the next update starts from the right matrix.
+    if (increment == 1) std::copy(w.G.data(), w.G.data() + w.G.count(), w.G0.data());
+    return;
+  }
+
+  SofteningFactors(e, g, plan);
+  AxialYield(e, g, plan);
+  float S = 0.0f;
+  UnloadingInDirection(e, g, w.StressX, w.StressXInc, kXRow, &Layout::XUnknown, S, plan);
+  TransverseYield(e, g, w.StressX, w.LimitX, kXRow, &Layout::XUnknown, w.YieldCountX, plan);
+  UnloadingInDirection(e, g, w.StressY, w.StressYInc, kYRow, &Layout::YUnknown, S, plan);
+  TransverseYield(e, g, w.StressY, w.LimitY, kYRow, &Layout::YUnknown, w.YieldCountY, plan);
+  TorsionalYield(e, g, plan);
+  RebuildMatrices(w, N, increment == 1, plan);
+}
+
+}  // namespace quellon
