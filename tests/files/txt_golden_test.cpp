@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "engine/utilities.h"
 #include "files/reports.h"
@@ -147,6 +148,7 @@ void FillResults(Engine& e) {
     Fill(*v, seed++, 40.0f);
   for (int c = 1; c <= w.Yielded.cols(); ++c)
     for (int r = 1; r <= 4; ++r) w.Yielded(r, c) = (c + r) % 3 == 0 ? 1 : 0;
+  Fill(w.pile_D, 99, 1e-4f);
   w.YieldCountAxial = 3;
   w.YieldCountX = 4;
   w.YieldCountY = 0;
@@ -179,15 +181,32 @@ TEST(TXTGolden, InputPartOfANonLinearModel) {
   ExpectGolden(txt.path(), "txt_input_nonlinear.txt");
 }
 
-TEST(TXTGolden, LastIncrementOfANonLinearRun) {
+int CountLines(const std::vector<std::string>& lines, const std::string& text) {
+  int n = 0;
+  for (const std::string& l : lines) n += l == text ? 1 : 0;
+  return n;
+}
+
+TEST(TXTGolden, AssemblyDumpsAndTheLastIncrementOfANonLinearRun) {
   TempFile txt(".txt");
+  TempFile log(".log");
   Engine e;
   Model(e, 2, 2);
   FillResults(e);
   OpenTXT(e, txt.path());
+  testing::OpenLOG(e, log.path());
+  PrintLimitingStresses(e);
+  WriteSinglePileMatrix(e, 2);
+  PrintPileMatrix(e, 2);
   Increment(e, 2);
   e.files.txt.close();
+  e.files.log.close();
   ExpectGolden(txt.path(), "txt_increment_nonlinear.txt");
+  // The numbers go to the report; the LOG gets one trace line per matrix and vector.
+  const auto trace = testing::ReadLines(log.path());
+  EXPECT_EQ(CountLines(trace, "PrintMatrix, line 23"), 2 + 1 + 2 + 4 + 6 + 2);
+  EXPECT_EQ(CountLines(trace, "PrintMatrix, line 64"), 4);
+  EXPECT_EQ(trace.size(), 21u);
 }
 
 TEST(TXTGolden, IncrementOfALinearRun) {

@@ -310,29 +310,6 @@ TEST(TXTInput, ManualNqNeedsACoarseLastLayerAndAutoNqOff) {
   }
 }
 
-TEST(TXTInput, ReinforcedPilesShowUpperAndLowerSections) {
-  TempFile txt(".txt");
-  Engine e;
-  LinearModel(e);
-  Pile& p = e.foundation.Piles(1);
-  p.ReinforcedLength = 4.0f;
-  p.UnreinforcedEA = 2.5e6f;
-  p.UnreinforcedEIx = 5.0e4f;
-  p.UnreinforcedEIy = 5.0e4f;
-  p.UnreinforcedGJ = 4.0e4f;
-  OpenTXT(e, txt.path());
-  WriteTXTInput(e);
-  e.files.txt.close();
-  EXPECT_TRUE(ContainsRun(
-      ReadLines(txt.path()),
-      {"", " Pile  Pile depth       Axial            Flexural          Flexural         Torsional",
-       "       at which          EA                EIx               EIy               GJ    ",
-       "       Ep changes   upper   lower     upper    lower    upper    lower    upper   lower",
-       "  1     4.0      5.00E+06  2.50E+06  1.00E+05  5.00E+04  1.00E+05  5.00E+04  8.00E+04  4.00E+04",
-       "  2     0.0      5.00E+06  5.00E+06  1.00E+05  1.00E+05  1.00E+05  1.00E+05  8.00E+04  8.00E+04", "",
-       " Free-standing length of piles (same for all)=  0.000"}));
-}
-
 TEST(TXTInput, InteractionRigidLayerAndTreatmentLines) {
   struct Case {
     int interaction;
@@ -365,23 +342,6 @@ TEST(TXTInput, InteractionRigidLayerAndTreatmentLines) {
     e.files.txt.close();
     EXPECT_TRUE(ContainsRun(ReadLines(txt.path()), c.run)) << c.interaction << " " << c.rigid;
   }
-}
-
-TEST(TXTInput, IncrementalLoadsOnTheCapUnderFlagSeven) {
-  TempFile txt(".txt");
-  Engine e;
-  LinearModel(e);
-  e.project.Flags(7) = 1;
-  for (int i = 1; i <= 6; ++i) e.ws.CapLoadInc(i) = 100.0f * static_cast<float>(i) + 0.25f;
-  OpenTXT(e, txt.path());
-  WriteTXTInput(e);
-  e.files.txt.close();
-  EXPECT_TRUE(ContainsRun(ReadLines(txt.path()),
-                          {"                   ----- O U T P U T -----     ", " INCREMENTAL APPLIED LOADS ON CAP:",
-                           " Vertical Load              =       100.2", " Horizontal Load in X-dir   =       200.2",
-                           " Moment in XZ plane         =       300.2", " Horizontal Load in Y-dir   =       400.2",
-                           " Moment in YZ plane         =       500.2", " Torque in XY plane         =       600.2", "",
-                           "", " X-coord of assumed group centre of rotation =   1.000"}));
 }
 
 }  // namespace
