@@ -42,31 +42,6 @@ TEST(PrintMatrix, EightColumnsGoInPanelsOfSevenAndOne) {
   EXPECT_EQ(lines, expected);
 }
 
-TEST(PrintMatrix, PrintsTheRequestedPartOfAWiderTable) {
-  // The unit-movement tables are 6P wide with the LAPACK solver; the dumps print six.
-  Engine e;
-  RealMatrix a;
-  a.resize(4, 12);
-  a.fill(1.0f);
-  a(2, 6) = -2.5f;
-  std::vector<std::string> lines;
-  ReportOut out(lines);
-  PrintMatrix(e, out, a, 2, 6);
-  ASSERT_EQ(lines.size(), 4u);
-  EXPECT_EQ(lines[0], " of size:    2 X   6");
-  EXPECT_EQ(lines[1], " Column:    1         2         3         4         5         6");
-  EXPECT_EQ(lines[3], "    2    1.00E+00  1.00E+00  1.00E+00  1.00E+00  1.00E+00 -2.50E+00");
-}
-
-TEST(PrintMatrix, AnEmptyMatrixPrintsItsSizeOnly) {
-  Engine e;
-  RealMatrix a;
-  std::vector<std::string> lines;
-  ReportOut out(lines);
-  PrintMatrix(e, out, a, 0, 0);
-  EXPECT_EQ(lines, std::vector<std::string>{" of size:    0 X   0"});
-}
-
 TEST(PrintVector, OneLinePerElementUnderAWideSizeField) {
   Engine e;
   RealVector v;

@@ -113,6 +113,8 @@ void Model(Engine& e, int elements, int increments) {
   b.Layers(3).MaxBearingPressure = 7500.0f;
   b.Layers(4).DirectSkinFriction = 110.0f;
   b.Layers(4).DirectEndBearing = 6500.0f;
+  b.Layers(4).HasDirectLateral = 1;
+  b.Layers(4).DirectLateral = 420.0f;
   Actions& a = e.actions;
   a.Fz = 2400.0f;
   a.Fx = 120.0f;
