@@ -22,6 +22,10 @@ inline int PileNumber(const Engine& e, int p) {
   return p;
 }
 
+// Element i of a vector, 0 where the vector has no such element (a cap vector of a
+// workspace that was never created).
+inline float ValueOr0(const RealVector& v, int i) { return i >= 1 && i <= v.size() ? v(i) : 0.0f; }
+
 inline std::string Repeat(char c, int n) { return std::string(static_cast<std::size_t>(n > 0 ? n : 0), c); }
 
 // Result values at or below these magnitudes print as 0, unless flag 38 asks for the

@@ -15,9 +15,6 @@ namespace quellon {
 
 namespace {
 
-// Element i of a cap vector, 0 where the vector is not there.
-float CapValue(const RealVector& v, int i) { return i >= 1 && i <= v.size() ? v(i) : 0.0f; }
-
 void WriteBanner(ReportOut& out) {
   out.line(Repeat('*', 70));
   out.line(" Program  T O L M A R K  ");
@@ -240,7 +237,7 @@ void WriteLoads(const Engine& e, ReportOut& out) {
         " Vertical Load              =", " Horizontal Load in X-dir   =", " Moment in XZ plane         =",
         " Horizontal Load in Y-dir   =", " Moment in YZ plane         =", " Torque in XY plane         ="};
     out.line(" INCREMENTAL APPLIED LOADS ON CAP:");
-    for (int i = 1; i <= 6; ++i) out.line(kTexts[i - 1] + FormatFix(CapValue(e.ws.CapLoadInc, i), 12, 1));
+    for (int i = 1; i <= 6; ++i) out.line(kTexts[i - 1] + FormatFix(ValueOr0(e.ws.CapLoadInc, i), 12, 1));
     out.line("");
   }
   out.line("");

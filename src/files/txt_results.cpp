@@ -16,7 +16,6 @@ namespace quellon {
 
 namespace {
 
-float CapValue(const RealVector& v, int i) { return i >= 1 && i <= v.size() ? v(i) : 0.0f; }
 float HistoryValue(const RealMatrix& h, int i, int j) {
   return i >= 1 && i <= h.rows() && j >= 1 && j <= h.cols() ? h(i, j) : 0.0f;
 }
@@ -34,7 +33,7 @@ void WriteCoefficientRows(ReportOut& out, const char* const titles[6], const flo
 // magnitude is not above the cut-off. With flag 38 the totals print as they stand.
 class CutCopies {
  public:
-  CutCopies(const Engine& e) : keep_small_(e.project.Flag(38)) {}
+  explicit CutCopies(const Engine& e) : keep_small_(e.project.Flag(38)) {}
   bool create(Engine& e, int size) {
     return Create1DRealMatrix(e, head_, size) != 0 && Create1DRealMatrix(e, rows_, size) != 0;
   }
@@ -63,14 +62,14 @@ void WriteCapTables(Engine& e, ReportOut& out, CutCopies& cut) {
         " Horizontal Load (Y-dir)    =", " Moment (YZ plane)          =", " Torque (XY plane)          ="};
     out.line(" RESULTANT APPLIED LOADS:    ");
     for (int i = 1; i <= 6; ++i)
-      out.line(kTexts[i - 1] + FormatFix(cut.value(CapValue(w.CapLoadTotal, i), kLoadCut), 12, 1));
+      out.line(kTexts[i - 1] + FormatFix(cut.value(ValueOr0(w.CapLoadTotal, i), kLoadCut), 12, 1));
   }
   if (e.project.Flag(24)) {
     out.line(" INCREMENTAL CAP DISPLACEMENTS :");
     out.line("     Vert.        Horiz.       Rot.        Horiz.       Rot.      Rot.");
     out.line("                  (X-dir)      (XZ)        (Y-dir)      (YZ)      (XY)");
     std::string text;
-    for (int i = 1; i <= 6; ++i) text += FormatSci(CapValue(w.CapDispInc, i), 13, 2);
+    for (int i = 1; i <= 6; ++i) text += FormatSci(ValueOr0(w.CapDispInc, i), 13, 2);
     out.line(text);
   }
   if (e.project.Flag(25)) {
@@ -79,7 +78,7 @@ void WriteCapTables(Engine& e, ReportOut& out, CutCopies& cut) {
     out.line("     Vert.        Horiz.       Rot.         Horiz.       Rot.         Rot.");
     out.line("                  (X-dir)      (XZ)         (Y-dir)      (YZ)         (XY)");
     std::string text;
-    for (int i = 1; i <= 6; ++i) text += FormatSci(cut.value(CapValue(w.CapDispTotal, i), kMovementCut), 13, 2);
+    for (int i = 1; i <= 6; ++i) text += FormatSci(cut.value(ValueOr0(w.CapDispTotal, i), kMovementCut), 13, 2);
     out.line(text);
   }
 }
