@@ -14,8 +14,16 @@ std::string Justify(const std::string& s, int w) {
 
 std::string FormatInt(long long v, int w) { return Justify(std::to_string(v), w); }
 
+std::string FormatIntPadded(long long v, int w) {
+  std::string digits = std::to_string(v < 0 ? -v : v);
+  if (static_cast<int>(digits.size()) < w) digits.insert(0, static_cast<std::size_t>(w) - digits.size(), '0');
+  // The sign takes a column of its own, so a negative value needs w + 1 of them.
+  return Justify(v < 0 ? "-" + digits : digits, w);
+}
+
 std::string FormatFix(double v, int w, int d) {
   if (!std::isfinite(v)) return w > 0 ? std::string(static_cast<std::size_t>(w), '*') : std::string("*");
+  if (v == 0.0) v = 0.0;  // drops the sign of -0.0
   char buf[512];
   // '#' keeps the point when there are no decimals: "12." rather than "12".
   std::snprintf(buf, sizeof buf, "%#.*f", d, v);
@@ -35,17 +43,21 @@ std::string FormatFix(double v, int w, int d) {
 
 std::string FormatSci(double v, int w, int d) {
   if (!std::isfinite(v)) return w > 0 ? std::string(static_cast<std::size_t>(w), '*') : std::string("*");
+  if (v == 0.0) v = 0.0;
   char buf[128];
-  std::snprintf(buf, sizeof buf, "%.*E", d, v);
+  // '#' keeps the point when there are no decimals: "1.E+03".
+  std::snprintf(buf, sizeof buf, "%#.*E", d, v);
   return Justify(buf, w);
 }
 
 std::string FormatFrac(double v, int w, int d) {
   if (!std::isfinite(v)) return w > 0 ? std::string(static_cast<std::size_t>(w), '*') : std::string("*");
+  // The form shows significant digits only, so it needs at least one of them.
+  if (d < 1) d = 1;
   std::string digits;
   int exponent = 0;
-  if (v == 0.0 || d < 1) {
-    digits.assign(static_cast<std::size_t>(d > 0 ? d : 0), '0');
+  if (v == 0.0) {
+    digits.assign(static_cast<std::size_t>(d), '0');
   } else {
     // d significant digits, as "D.DDDE+xx", read back as mantissa digits and exponent.
     char buf[128];
