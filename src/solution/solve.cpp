@@ -25,76 +25,89 @@ namespace {
 // updates one by one in the order of the earlier columns, so the result is that of the
 // column-by-column method bit for bit.
 constexpr int kPanel = 16;
+static_assert(kPanel % 4 == 0, "the columns left of a panel are taken four at a time");
 
 }  // namespace
 
 int LUDecompose(float* A, int n, int lda, int* indx, float* scale, float& sign) {
+  // Indices from 0 below: col(j)[i] is a(i + 1, j + 1).
   const std::size_t ld = static_cast<std::size_t>(lda);
-  auto col = [A, ld](int j) { return A + static_cast<std::size_t>(j - 1) * ld - 1; };  // col(j)[i] = a(i, j)
+  auto col = [A, ld](int j) { return A + static_cast<std::size_t>(j) * ld; };
 
   // Implicit scaling: each row is weighed by its largest element.
-  for (int i = 1; i <= n; ++i) scale[i - 1] = 0.0f;
-  for (int j = 1; j <= n; ++j) {
+  for (int i = 0; i < n; ++i) scale[i] = 0.0f;
+  for (int j = 0; j < n; ++j) {
     const float* aj = col(j);
-    for (int i = 1; i <= n; ++i) {
+    for (int i = 0; i < n; ++i) {
       const float t = std::fabs(aj[i]);
-      if (t > scale[i - 1]) scale[i - 1] = t;
+      if (t > scale[i]) scale[i] = t;
     }
   }
-  for (int i = 1; i <= n; ++i) {
-    if (scale[i - 1] < 1e-20f) return 0;  // a row of zeros
-    scale[i - 1] = 1.0f / scale[i - 1];
+  for (int i = 0; i < n; ++i) {
+    if (scale[i] < 1e-20f) return 0;  // a row of zeros
+    scale[i] = 1.0f / scale[i];
   }
   sign = 1.0f;
 
-  for (int j0 = 1; j0 <= n; j0 += kPanel) {
-    const int j1 = j0 + kPanel - 1 < n ? j0 + kPanel - 1 : n;
+  for (int j0 = 0; j0 < n; j0 += kPanel) {
+    const int j1 = j0 + kPanel < n ? j0 + kPanel : n;  // the panel is columns j0 to j1 - 1
 
     // Updates from the columns left of the panel: a(i, j) -= a(i, k) a(k, j), for k in
     // increasing order, over the rows below k. a(k, j) is final when column k is reached.
-    for (int k = 1; k < j0; ++k) {
-      const float* ak = col(k);
-      for (int j = j0; j <= j1; ++j) {
+    // Four columns k are taken at a time: the rows k + 1 to k + 3 are first brought up
+    // to date within the four, then every row below takes the four terms in turn.
+    for (int k = 0; k < j0; k += 4) {
+      const float* c0 = col(k);
+      const float* c1 = col(k + 1);
+      const float* c2 = col(k + 2);
+      const float* c3 = col(k + 3);
+      for (int j = j0; j < j1; ++j) {
         float* aj = col(j);
-        const float akj = aj[k];
-        for (int i = k + 1; i <= n; ++i) aj[i] = aj[i] - ak[i] * akj;
+        const float u0 = aj[k];
+        aj[k + 1] = aj[k + 1] - c0[k + 1] * u0;
+        const float u1 = aj[k + 1];
+        aj[k + 2] = (aj[k + 2] - c0[k + 2] * u0) - c1[k + 2] * u1;
+        const float u2 = aj[k + 2];
+        aj[k + 3] = ((aj[k + 3] - c0[k + 3] * u0) - c1[k + 3] * u1) - c2[k + 3] * u2;
+        const float u3 = aj[k + 3];
+        for (int i = k + 4; i < n; ++i) aj[i] = (((aj[i] - c0[i] * u0) - c1[i] * u1) - c2[i] * u2) - c3[i] * u3;
       }
     }
 
-    for (int j = j0; j <= j1; ++j) {
+    for (int j = j0; j < j1; ++j) {
       float* aj = col(j);
       // Updates from the panel's own columns left of j.
       for (int k = j0; k < j; ++k) {
         const float* ak = col(k);
         const float akj = aj[k];
-        for (int i = k + 1; i <= n; ++i) aj[i] = aj[i] - ak[i] * akj;
+        for (int i = k + 1; i < n; ++i) aj[i] = aj[i] - ak[i] * akj;
       }
 
       // Pivot: the largest scaled element on or below the diagonal; of equal merits the
       // last row wins.
       float best = 0.0f;
       int imax = j;
-      for (int i = j; i <= n; ++i) {
-        const float merit = scale[i - 1] * std::fabs(aj[i]);
+      for (int i = j; i < n; ++i) {
+        const float merit = scale[i] * std::fabs(aj[i]);
         if (merit >= best) {
           best = merit;
           imax = i;
         }
       }
       if (imax != j) {
-        for (int c = 1; c <= n; ++c) {
+        for (int c = 0; c < n; ++c) {
           float* ac = col(c);
           std::swap(ac[imax], ac[j]);
         }
         sign = -sign;
-        scale[imax - 1] = scale[j - 1];
+        scale[imax] = scale[j];
       }
-      indx[j - 1] = imax;
+      indx[j] = imax + 1;
       // A vanishing pivot is replaced, not refused: only an all-zero row is fatal.
       if (std::fabs(aj[j]) < 1e-20f) aj[j] = 1e-20f;
-      if (j != n) {
+      if (j != n - 1) {
         const float dum = 1.0f / aj[j];
-        for (int i = j + 1; i <= n; ++i) aj[i] = aj[i] * dum;
+        for (int i = j + 1; i < n; ++i) aj[i] = aj[i] * dum;
       }
     }
   }

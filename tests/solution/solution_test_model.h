@@ -28,8 +28,7 @@ struct PileSpec {
 // P piles of length 10, diameter 0.8, concrete section (EA 1.5e7 kN, EI 8e5 kNm^2,
 // GJ 6e5 kNm^2) reinforced over their whole length, n elements each, one layer at the
 // surface. The workspace is created; nothing else has run.
-inline std::unique_ptr<Engine> MakeGroup(const std::vector<PileSpec>& piles, int n, int increments = 1,
-                                         bool lapack = false) {
+inline std::unique_ptr<Engine> MakeGroup(const std::vector<PileSpec>& piles, int n, int increments = 1) {
   auto e = std::make_unique<Engine>();
   e->foundation.NumberOfElements = n;
   CreatePiles(*e, static_cast<int>(piles.size()));
@@ -37,22 +36,15 @@ inline std::unique_ptr<Engine> MakeGroup(const std::vector<PileSpec>& piles, int
   e->borehole.Layers(1).DepthToTop = 0.0f;
   for (std::size_t k = 0; k < piles.size(); ++k) {
     Pile& p = e->foundation.Piles(static_cast<int>(k) + 1);
-    p.X = piles[k].x;
-    p.Y = piles[k].y;
-    p.RakeX = piles[k].rake_x;
-    p.RakeY = piles[k].rake_y;
-    p.Length = 10.0f;
-    p.ShaftDiameter = 0.8f;
-    p.BaseDiameter = 0.8f;
-    p.ReinforcedLength = 10.0f;
+    p.X = piles[k].x, p.Y = piles[k].y, p.RakeX = piles[k].rake_x, p.RakeY = piles[k].rake_y;
+    p.Length = p.ReinforcedLength = 10.0f;
+    p.ShaftDiameter = p.BaseDiameter = 0.8f;
     p.EA = p.UnreinforcedEA = 1.5e7f;
-    p.EIx = p.UnreinforcedEIx = 8.0e5f;
-    p.EIy = p.UnreinforcedEIy = 8.0e5f;
+    p.EIx = p.UnreinforcedEIx = p.EIy = p.UnreinforcedEIy = 8.0e5f;
     p.GJ = p.UnreinforcedGJ = 6.0e5f;
   }
   e->actions.NumberOfIncrements = increments;
   e->project.NonLinear = increments > 1;
-  e->project.DynamicModel = lapack;
   EXPECT_EQ(CreateWorkspace(*e), 1);
   return e;
 }
@@ -126,7 +118,6 @@ struct StiffnessCapture {
     calls = 0;
     e.callbacks.SendStiffnessMatrix = &Receive;
   }
-  static float At(int a, int b) { return grmat[(a - 1) + 6 * (b - 1)]; }
 };
 
 // A LOG on a temporary file; text() closes it and gives its lines.
