@@ -1,0 +1,157 @@
+// Small models for the tests of the pile and group solution: an engine with its piles
+// and workspace, a synthetic soil matrix written straight into G, a linear increment run
+// through the solution's routines, and a LOG captured to a temporary file.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "engine/engine.h"
+#include "engine/model_tables.h"
+#include "engine/workspace.h"
+#include "solution/solution.h"
+
+namespace quellon::testing {
+
+struct PileSpec {
+  float x = 0, y = 0;
+  float rake_x = 0, rake_y = 0;
+};
+
+// P piles of length 10, diameter 0.8, concrete section (EA 1.5e7 kN, EI 8e5 kNm^2,
+// GJ 6e5 kNm^2) reinforced over their whole length, n elements each, one layer at the
+// surface. The workspace is created; nothing else has run.
+inline std::unique_ptr<Engine> MakeGroup(const std::vector<PileSpec>& piles, int n, int increments = 1) {
+  auto e = std::make_unique<Engine>();
+  e->foundation.NumberOfElements = n;
+  CreatePiles(*e, static_cast<int>(piles.size()));
+  CreateLayers(*e, 1);
+  e->borehole.Layers(1).DepthToTop = 0.0f;
+  for (std::size_t k = 0; k < piles.size(); ++k) {
+    Pile& p = e->foundation.Piles(static_cast<int>(k) + 1);
+    p.X = piles[k].x, p.Y = piles[k].y, p.RakeX = piles[k].rake_x, p.RakeY = piles[k].rake_y;
+    p.Length = p.ReinforcedLength = 10.0f;
+    p.ShaftDiameter = p.BaseDiameter = 0.8f;
+    p.EA = p.UnreinforcedEA = 1.5e7f;
+    p.EIx = p.UnreinforcedEIx = p.EIy = p.UnreinforcedEIy = 8.0e5f;
+    p.GJ = p.UnreinforcedGJ = 6.0e5f;
+  }
+  e->actions.NumberOfIncrements = increments;
+  e->project.NonLinear = increments > 1;
+  EXPECT_EQ(CreateWorkspace(*e), 1);
+  return e;
+}
+
+// A soil matrix with the features the solution relies on: every unknown has its own
+// flexibility (m/kPa, of the order of a real soil's), neighbouring elements of a pile
+// move together a little, and equal unknowns of two piles interact in proportion to
+// 1 / (1 + distance between the heads). It depends on the relative positions only, is
+// symmetric and diagonally dominant.
+inline void WriteSyntheticSoil(Engine& e) {
+  const int n = e.foundation.NumberOfElements;
+  const int M = UnknownsPerPile(e);
+  const int P = e.foundation.NumberOfPiles;
+  RealMatrix& G = e.ws.G;
+  G.fill(0.0f);
+  auto own = [n](int u) {
+    if (u <= n) return 2.0e-4f;           // shaft shear
+    if (u == n + 1) return 1.0e-4f;       // base pressure
+    if (u <= 3 * n + 1) return 1.2e-4f;   // transverse
+    return 3.0e-4f;                       // torsion
+  };
+  for (int p = 1; p <= P; ++p) {
+    for (int q = 1; q <= P; ++q) {
+      const float dx = e.foundation.Piles(p).X - e.foundation.Piles(q).X;
+      const float dy = e.foundation.Piles(p).Y - e.foundation.Piles(q).Y;
+      const float f = p == q ? 1.0f : 0.25f / (1.0f + std::sqrt(dx * dx + dy * dy));
+      for (int u = 1; u <= M; ++u) {
+        G((p - 1) * M + u, (q - 1) * M + u) = own(u) * f;
+        // Adjacent shaft elements of the same kind.
+        const bool same_kind_next = u < M && u != n && u != n + 1 && u != 2 * n + 1 && u != 3 * n + 1;
+        if (p == q && same_kind_next) {
+          G((p - 1) * M + u, (p - 1) * M + u + 1) = 0.2f * own(u);
+          G((p - 1) * M + u + 1, (p - 1) * M + u) = 0.2f * own(u);
+        }
+      }
+    }
+  }
+}
+
+// Everything before the increments: geometry, sections, the per-pile blocks of D and
+// UBCV, with the synthetic soil in G.
+inline void Assemble(Engine& e) {
+  PrepareGroupGeometry(e);
+  PileStiffnessesAllPiles(e);
+  WriteSyntheticSoil(e);
+  for (int p = 1; p <= e.foundation.NumberOfPiles; ++p) {
+    AssemblePileFlexibility(e, p);
+    BuildBoundaryConditionVectors(e, p);
+  }
+}
+
+// One increment through the solution's routines in the order of a run.
+inline int RunIncrement(Engine& e, int i) {
+  Solve(e, i);
+  SplitTractions(e);
+  CalcHeadLoads(e, i);
+  if (!CalcStiffnessDisplsStressesLoads(e, i)) return -1;
+  SplitSoilDisplacements(e);
+  return Update(e, i);
+}
+
+// The 6 by 6 group stiffness as the host receives it, column-major, external axes.
+struct StiffnessCapture {
+  static inline float grmat[36];
+  static inline int calls = 0;
+  static void Receive(const float* g) {
+    for (int i = 0; i < 36; ++i) grmat[i] = g[i];
+    ++calls;
+  }
+  static void Attach(Engine& e) {
+    calls = 0;
+    e.callbacks.SendStiffnessMatrix = &Receive;
+  }
+};
+
+// A LOG on a temporary file; text() closes it and gives its lines.
+class LogCapture {
+ public:
+  explicit LogCapture(Engine& e) : e_(e) {
+    path_ = ::testing::TempDir() + "solution_log_" + std::to_string(++counter_) + ".log";
+    e.files.log.create(path_);
+    e.project.LOGUnit = kLOGUnit;
+  }
+  ~LogCapture() { std::remove(path_.c_str()); }
+  std::string text() {
+    e_.files.log.close();
+    e_.project.LOGUnit = 0;
+    std::ifstream in(path_, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+  }
+
+ private:
+  Engine& e_;
+  std::string path_;
+  static inline int counter_ = 0;
+};
+
+// Messages sent to the host.
+struct MessageCapture {
+  static inline std::vector<std::string> texts;
+  static void Receive(const int*, const char* text) { texts.emplace_back(text); }
+  static void Attach(Engine& e) {
+    texts.clear();
+    e.project.MessageCallback = &Receive;
+  }
+};
+
+}  // namespace quellon::testing

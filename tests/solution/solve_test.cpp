@@ -1,0 +1,181 @@
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "solution/solution.h"
+#include "solution/solve.h"
+#include "solution_test_model.h"
+
+namespace quellon {
+namespace {
+
+using testing::LogCapture;
+using testing::MakeGroup;
+
+// Crout's method with implicit partial pivoting written plainly, row sums in rising k;
+// the engine's panelled factorisation must give these factors bit for bit.
+int PlainCrout(std::vector<float>& a, int n, std::vector<int>& indx) {
+  auto A = [&](int i, int j) -> float& { return a[static_cast<std::size_t>((i - 1) + (j - 1) * n)]; };
+  std::vector<float> vv(static_cast<std::size_t>(n) + 1);
+  for (int i = 1; i <= n; ++i) {
+    float big = 0.0f;
+    for (int j = 1; j <= n; ++j) big = std::max(big, std::fabs(A(i, j)));
+    vv[i] = 1.0f / big;
+  }
+  for (int j = 1; j <= n; ++j) {
+    float big = 0.0f;
+    int imax = j;
+    for (int i = 1; i <= n; ++i) {
+      float sum = A(i, j);
+      for (int k = 1; k < std::min(i, j); ++k) sum = sum - A(i, k) * A(k, j);
+      A(i, j) = sum;
+      if (i >= j && vv[i] * std::fabs(sum) >= big) big = vv[i] * std::fabs(sum), imax = i;
+    }
+    if (imax != j)
+      for (int k = 1; k <= n; ++k) std::swap(A(imax, k), A(j, k));
+    vv[imax] = vv[j];
+    indx[static_cast<std::size_t>(j - 1)] = imax;
+    for (int i = j + 1; i <= n; ++i) A(i, j) = A(i, j) * (1.0f / A(j, j));
+  }
+  return 1;
+}
+
+std::vector<float> RandomMatrix(int n, unsigned seed) {
+  std::mt19937 gen(seed);
+  std::uniform_real_distribution<float> u(-1.0f, 1.0f);
+  std::vector<float> a(static_cast<std::size_t>(n) * n);
+  for (float& x : a) x = u(gen);
+  return a;
+}
+
+TEST(LUDecompose, PanelledFactorisationEqualsColumnByColumnCroutBitForBit) {
+  // 70 columns: several panels and a ragged last one; rows scaled over six decades so
+  // that the implicit scaling decides pivots that plain magnitudes would not.
+  const int n = 70;
+  std::vector<float> a = RandomMatrix(n, 7);
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) a[static_cast<std::size_t>(i + j * n)] *= std::pow(10.0f, static_cast<float>(i % 7) - 3.0f);
+  std::vector<float> ref = a;
+  std::vector<int> indx(n), ref_indx(n);
+  std::vector<float> scale(n);
+  float sign = 0.0f;
+  PlainCrout(ref, n, ref_indx);
+  ASSERT_EQ(LUDecompose(a.data(), n, n, indx.data(), scale.data(), sign), 1);
+  EXPECT_EQ(indx, ref_indx);
+  EXPECT_EQ(std::memcmp(a.data(), ref.data(), a.size() * sizeof(float)), 0);
+  int swaps = 0;
+  for (int j = 0; j < n; ++j) swaps += indx[static_cast<std::size_t>(j)] != j + 1;
+  EXPECT_GT(swaps, 10);  // the case really pivots
+}
+
+TEST(LUDecompose, TiesGoToTheLastRowAndAVanishingPivotIsReplaced) {
+  // Both rows have the same scaled merit 1 in column 1: the last one becomes the pivot.
+  std::vector<float> a = {2.0f, 2.0f, 1.0f, 1.5f};  // [[2, 1], [2, 1.5]], column-major
+  int indx[2];
+  float scale[2], sign = 0.0f;
+  ASSERT_EQ(LUDecompose(a.data(), 2, 2, indx, scale, sign), 1);
+  EXPECT_EQ(indx[0], 2);
+  EXPECT_EQ(sign, -1.0f);
+  EXPECT_EQ(a, (std::vector<float>{2.0f, 1.0f, 1.5f, -0.5f}));
+
+  // A singular matrix without a zero row goes on with 1e-20 in place of the zero pivot.
+  std::vector<float> s = {1.0f, 1.0f, 1.0f, 1.0f};
+  ASSERT_EQ(LUDecompose(s.data(), 2, 2, indx, scale, sign), 1);
+  EXPECT_EQ(s[3], 1e-20f);
+  EXPECT_EQ(indx[0], 2);
+
+  // A row below 1e-20 throughout is fatal.
+  std::vector<float> z = {1.0f, 1e-21f, 3.0f, -1e-21f};
+  EXPECT_EQ(LUDecompose(z.data(), 2, 2, indx, scale, sign), 0);
+}
+
+// Largest |A x - b| in double, relative to the largest |b|.
+double Residual(const float* a, int n, const float* x, const float* b) {
+  double worst = 0.0, bmax = 0.0;
+  for (int i = 0; i < n; ++i) {
+    double r = -b[i];
+    for (int j = 0; j < n; ++j) r += static_cast<double>(a[i + static_cast<std::size_t>(j) * n]) * x[j];
+    worst = std::max(worst, std::fabs(r));
+    bmax = std::max(bmax, std::fabs(static_cast<double>(b[i])));
+  }
+  return worst / bmax;
+}
+
+// A group whose system has both kinds of coupling: four piles, one raked both ways.
+std::unique_ptr<Engine> SolvableGroup() {
+  auto e = MakeGroup({{0, 0}, {3, 0, 6.0f, 0.0f}, {0, 3}, {3, 3, -5.0f, 5.0f}}, 5);
+  e->foundation.FreeStandingLength = 1.0f;
+  testing::Assemble(*e);
+  return e;
+}
+
+TEST(Solve, BothRoutesGiveTheSameTractionsToSinglePrecision) {
+  auto e = SolvableGroup();
+  const int N = NumberOfUnknowns(*e);
+  e->project.DynamicModel = 0;
+  LogCapture log(*e);
+  ASSERT_EQ(Solve(*e, 1), 1);
+  const RealMatrix lu = e->ws.Tractions;
+  e->project.DynamicModel = 1;
+  e->ws.Tractions.fill(0.0f);
+  ASSERT_EQ(Solve(*e, 1), 1);
+  for (int c = 1; c <= 6; ++c) {
+    float cmax = 0.0f;
+    for (int i = 1; i <= N; ++i) cmax = std::max(cmax, std::fabs(lu(i, c)));
+    ASSERT_GT(cmax, 0.0f);
+    for (int i = 1; i <= N; ++i) EXPECT_NEAR(e->ws.Tractions(i, c), lu(i, c), 2e-5f * cmax) << i << "," << c;
+  }
+  // Both solve the system to single-precision rounding. The unit movements force no
+  // axial movement under the twist and none along X or Y on a vertical pile, so several
+  // right-hand sides begin with zeros and the forward sweep starts late.
+  ASSERT_EQ(e->ws.UBCV(1, 6), 0.0f);
+  for (int c = 1; c <= 6; ++c) EXPECT_LT(Residual(e->ws.GD.data(), N, lu.col(c), e->ws.UBCV.col(c)), 1e-5) << c;
+  const std::string text = log.text();
+  EXPECT_NE(text.find("Using LU decompostion...\r\n"), std::string::npos);
+  EXPECT_NE(text.find("Using MKL libraries...\r\n"), std::string::npos);
+}
+
+TEST(Solve, FirstIncrementFormsGPlusDAndLaterOnesTakeGDAsItStands) {
+  auto e = SolvableGroup();
+  const int N = NumberOfUnknowns(*e);
+  for (int lapack : {0, 1}) {
+    e->project.DynamicModel = lapack;
+    ASSERT_EQ(Solve(*e, 1), 1);
+    // GD is G + D, and a copy was factorised, not GD.
+    for (int j = 1; j <= N; j += 7)
+      for (int i = 1; i <= N; ++i) ASSERT_EQ(e->ws.GD(i, j), e->ws.G(i, j) + e->ws.D(i, j)) << i << "," << j;
+
+    // Every unknown yielded: GD is the identity and each stress is the forced movement.
+    e->ws.GD.fill(0.0f);
+    for (int i = 1; i <= N; ++i) e->ws.GD(i, i) = 1.0f;
+    ASSERT_EQ(Solve(*e, 2), 1);
+    for (int c = 1; c <= 6; ++c)
+      for (int i = 1; i <= N; ++i) EXPECT_EQ(e->ws.Tractions(i, c), e->ws.UBCV(i, c)) << lapack;
+  }
+}
+
+TEST(Solve, SingularSystemsLeaveTheTractionsOfBefore) {
+  auto e = SolvableGroup();
+  const int N = NumberOfUnknowns(*e);
+  // Unknown 3 cut off from everything: zero row and column.
+  for (int i = 1; i <= N; ++i) e->ws.G(3, i) = e->ws.D(3, i) = e->ws.G(i, 3) = e->ws.D(i, 3) = 0.0f;
+  e->ws.Tractions.fill(7.0f);
+  LogCapture log(*e);
+
+  e->project.DynamicModel = 0;
+  e->project.ErrorCode = 0;
+  EXPECT_EQ(Solve(*e, 1), 0);
+  EXPECT_EQ(e->project.ErrorCode, 262);
+
+  // LAPACK finds U(3, 3) exactly zero; the run carries on with the old stresses.
+  e->project.DynamicModel = 1;
+  EXPECT_EQ(Solve(*e, 1), 1);
+  for (int c = 1; c <= 6; ++c)
+    for (int i = 1; i <= N; ++i) ASSERT_EQ(e->ws.Tractions(i, c), 7.0f);
+  const std::string text = log.text();
+  EXPECT_NE(text.find("Call to SGESV failed with error code = 3\r\n"), std::string::npos) << text;
+}
+
+}  // namespace
+}  // namespace quellon
