@@ -173,13 +173,15 @@ int RunUnderAddressSpaceLimit(bool use_probe) {
   unsigned long long pages = 0;
   statm >> pages;
   const rlim_t in_use = static_cast<rlim_t>(pages) * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
-  const rlimit limit{in_use + (192u << 20), in_use + (192u << 20)};
+  // Generous headroom: thread stacks and malloc arenas of the maths libraries take
+  // address space of their own, unpredictably, under the same limit.
+  const rlimit limit{in_use + (512u << 20), in_use + (512u << 20)};
   if (setrlimit(RLIMIT_AS, &limit) != 0) return 2;
   Engine e;
   if (!use_probe) e.memory_probe = nullptr;
   e.project.MessageCallback = &RecordMessage;
   Received().clear();
-  SetShape(e, 10000, 50, 1, false);  // vectors of 8 MB, 33 of them: beyond 192 MB
+  SetShape(e, 40000, 50, 1, false);  // vectors of 32 MB, 33 of them: beyond 512 MB
   if (CreateWorkspace(e) != 0) return 3;
   if (WorkspaceElements(e.ws) != 0) return 4;
   if (Received().size() != 2 || Received()[1] != "2 Error - insufficient memory/address space to create 1D matrices")
