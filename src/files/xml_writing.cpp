@@ -1,10 +1,10 @@
 #include "files/xml_writing.h"
 
 #include <cmath>
-#include <cstdio>
 
 #include "files/number_forms.h"
 #include "files/text_file.h"
+#include "files/text_model_numbers.h"
 
 namespace quellon {
 
@@ -30,10 +30,8 @@ bool AtOrBelow(float v, float tolerance) { return std::fabs(v) <= tolerance; }
 std::string FixedText(float v, int decimals) {
   if (std::isnan(v)) return "NaN";
   if (std::isinf(v)) return v < 0.0f ? "-INF" : "INF";
-  char buf[128];
-  // '#' keeps the point of "0."; the field is never padded.
-  std::snprintf(buf, sizeof buf, "%#.*f", decimals, static_cast<double>(v));
-  return buf;
+  // The point of "0." stays; the field is never padded.
+  return DecimalText(v, decimals);
 }
 
 }  // namespace
