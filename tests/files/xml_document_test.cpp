@@ -299,24 +299,11 @@ TEST(XMLDocument, HeaderMessagesAndSilenceWhenClosed) {
   ParsedXML doc(run.path());
   EXPECT_TRUE(doc.ok());
 
-  // With the unit closed nothing is written, said or posted.
-  Engine quiet;
-  ListenTo(quiet);
-  test::FillSampleModel(quiet, 2);
-  ASSERT_EQ(CreateWorkspace(quiet), 1);
-  const std::string path = test::ScratchPath("closed.xml");
-  quiet.files.xml.create(path);  // open, but the unit field says closed
-  float t[6][6] = {};
-  WriteXMLHeader(quiet);
-  WriteXMLInput(quiet);
-  WriteXMLOutputStart(quiet);
-  WriteXMLGroupStiffness(quiet, t);
-  WriteXMLGroupFlexibility(quiet, t);
-  WriteXMLIncrement(quiet, 2);
-  WriteXMLCapacityStop(quiet);
-  WriteXMLOutputEnd(quiet);
-  quiet.files.xml.close();
-  EXPECT_EQ(test::ReadBytes(path), "");
+  // With the unit field at 0 nothing is written, said or posted, though a file is open.
+  XMLRun quiet(2, {21, 22, 25, 27, 28, 31, 36});
+  quiet.e.project.XMLUnit = 0;
+  quiet.Run(1);
+  EXPECT_EQ(quiet.bytes(), "");
   EXPECT_TRUE(received.messages.empty());
   EXPECT_TRUE(received.posts.empty());
   EXPECT_EQ(received.load_calls, 0);
