@@ -1,0 +1,72 @@
+// Line-by-line reads of a text model file, in the two kinds the file uses.
+//
+// Fixed reads take one line by columns: a text field of the first 80 columns, or
+// numeric fields at given columns (blanks inside a numeric field are ignored and an
+// all-blank field reads as 0; a line shorter than a field is blank-padded).
+//
+// Free-form reads take whitespace- or comma-separated numbers, starting on a fresh
+// line and running on over further lines (blank lines included) until every value is
+// found; whatever stands behind the last value on its line is dropped. Reals may be
+// written with or without a point and with an exponent (E or D); integers must be whole.
+//
+// Every read gives a status: 0 when it succeeded, kEndOfFile when the file ended first,
+// kBadValue when a field or token is not a number of the kind asked for. A failed read
+// leaves the values that were not reached as they were.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace quellon {
+
+class TextFile;
+
+class TMWScanner {
+ public:
+  static constexpr int kEndOfFile = -1;
+  static constexpr int kBadValue = 1;
+  static constexpr std::size_t kTextColumns = 80;
+
+  // One destination of a free-form read: an integer or a real.
+  struct Slot {
+    std::int32_t* integer = nullptr;
+    float* real = nullptr;
+    Slot(std::int32_t& i) : integer(&i) {}  // NOLINT: implicit on purpose
+    Slot(float& r) : real(&r) {}            // NOLINT
+  };
+
+  explicit TMWScanner(TextFile& file) : file_(file) {}
+
+  // A line read and dropped unseen (a comment).
+  int Skip();
+  // A text field: the first 80 columns of the line.
+  int Text(std::string& out);
+  // The whole next line, for the column reads below.
+  int Line(std::string& out);
+  // Free-form values, in order.
+  int Values(std::initializer_list<Slot> slots);
+  // The text behind the last value of the latest free-form read, on its line.
+  std::string_view Rest() const { return std::string_view(line_).substr(pos_); }
+
+  // Column reads on a line that Line() gave: columns from 1, blank-padded.
+  static int HexField(std::string_view line, int first, int width, int& out);
+  static int IntField(std::string_view line, int first, int width, int& out);
+
+  // Token parsers, exposed for the reader's own use of Rest().
+  static bool ParseInteger(std::string_view token, std::int32_t& out);
+  static bool ParseReal(std::string_view token, float& out);
+  // The first whitespace- or comma-separated token of s (empty if none).
+  static std::string_view FirstToken(std::string_view s);
+
+ private:
+  // Next token of the current line, reading further lines as needed.
+  int NextToken(std::string_view& token);
+
+  TextFile& file_;
+  std::string line_;
+  std::size_t pos_ = 0;
+};
+
+}  // namespace quellon
