@@ -1,0 +1,85 @@
+// Torsion block of a pile's own soil matrix: rotation of each shaft element about the
+// pile's axis from a unit shear traction running round each shaft element.
+//
+// There is no closed form. Each source element is cut into 20 slices along the pile and
+// each slice into 80 points round its circumference; the kernels are summed over the
+// 1600 points by the mid-point rule. The field point lies on the shaft surface at the +X
+// side of the element's mid-height, which falls on a boundary between two slices, so no
+// source point meets it and the self term needs no special treatment.
+#include <array>
+#include <vector>
+
+#include "engine/utilities.h"
+#include "soil/soil_matrices.h"
+
+namespace quellon {
+
+namespace {
+
+constexpr int kSlices = 20;
+constexpr int kRingPoints = 80;
+
+}  // namespace
+
+void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K) {
+  const int n = g.n;
+  if (n < 1) return;
+  const bool poulos = g.poulos();
+  const Trig a = TrigOf(DegreesToRadians(pile.RakeX));
+  const Trig e = TrigOf(DegreesToRadians(pile.RakeY));
+  const float h = pile.Length / static_cast<float>(n);
+  const float r = pile.ShaftDiameter * 0.5f;
+  const float hs = h / 20.0f;
+  const float dzs = a.c * e.c * hs;
+  const float dxs = -a.s * hs;
+  const float dys = -e.s * hs;
+  const float Wq = dzs * 0.07854f * r;  // slice height times arc of one point
+  const float inv_r = 1.0f / r;         // displacement at the surface to rotation
+  const float ring_x = a.c * r;         // the ring of a raked pile, seen in plan
+  const float ring_y = e.c * r;
+
+  // The angles of the ring points, reached by steps of 0.07854 from -0.03927, are the same
+  // for every slice.
+  std::array<Trig, kRingPoints> ring;
+  float T = -0.03927f;
+  for (int k = 0; k < kRingPoints; ++k) {
+    T = T + 0.07854f;
+    ring[static_cast<std::size_t>(k)] = TrigOf(T);
+  }
+
+  std::vector<SoilPoint> field(static_cast<std::size_t>(n));
+  std::vector<PointSoil> field_soil(static_cast<std::size_t>(n));
+  for (int i = 1; i <= n; ++i) {
+    const float k = static_cast<float>(i) - 0.5f;
+    const SoilPoint F{r - k * a.s * h, -k * e.s * h, g.z0 + k * a.c * e.c * h};
+    field[static_cast<std::size_t>(i - 1)] = F;
+    field_soil[static_cast<std::size_t>(i - 1)] = SoilAtPoint(g, F.z, p, i);
+  }
+
+  // Every entry is one thread's sum in a fixed order, so the block does not depend on the
+  // number of threads.
+#pragma omp parallel for schedule(dynamic)
+  for (int j = 1; j <= n; ++j) {
+    for (int i = 1; i <= n; ++i) {
+      const SoilPoint& F = field[static_cast<std::size_t>(i - 1)];
+      const PointSoil& fs = field_soil[static_cast<std::size_t>(i - 1)];
+      float sum = 0.0f;
+      for (int s = 1; s <= kSlices; ++s) {
+        const float m = static_cast<float>(kSlices * (j - 1) + s) - 0.5f;
+        const float xm = m * dxs;
+        const float ym = m * dys;
+        const float zm = g.z0 + m * dzs;
+        // The ground is the same for all points of a slice.
+        const SoilValues v = CombineSoil(fs, SoilAtPoint(g, zm, p, j), poulos);
+        for (const Trig& t : ring) {
+          const SoilPoint Q{t.c * ring_x + xm, t.s * ring_y + ym, zm};
+          const mindlin_detail::Terms terms = mindlin_detail::All(v.nu, F, Q);
+          sum += (MindlinTorsionX(v.Av, Wq * t.s, terms, a) + MindlinTorsionY(v.Av, Wq * t.c, terms, e)) * inv_r;
+        }
+      }
+      soil_K(3 * n + 1 + i, 3 * n + 1 + j) = sum;
+    }
+  }
+}
+
+}  // namespace quellon
