@@ -165,10 +165,6 @@ struct TorsionRing {
   }
 };
 
-bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& d, const Pile& q) {
-  return (rule.Mz > 1e-20f || rule.Mz < -1e-20f) && d.s < 10.0f * q.ShaftDiameter;
-}
-
 void TorsionBetweenPiles(const SoilGround& g, const PileAxis& p, const PileAxis& q, const PairSpacing& d,
                          const Directions& dir, RealMatrix& pair_K) {
   const int n = g.n;
@@ -193,6 +189,10 @@ void TorsionBetweenPiles(const SoilGround& g, const PileAxis& p, const PileAxis&
 }
 
 }  // namespace
+
+bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& d, const Pile& q) {
+  return NonZero(rule.Mz) && d.s < 10.0f * q.ShaftDiameter;
+}
 
 void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,
                                 const PileAxis& q, RealMatrix& pair_K) {

@@ -126,7 +126,17 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
   for (RealMatrix& m : scratch) m.resize(M, M);
 
-#pragma omp parallel for schedule(dynamic) num_threads(threads)
+  // A rough count of the kernel calls of the pairs decides whether to share them out.
+  long long calls = 0;
+  for (int q = 1; q <= piles; ++q) {
+    if (q == p) continue;
+    calls += static_cast<long long>(n + 1) * (n + 1);
+    const Pile& source = e.foundation.Piles(q);
+    if (TorsionBetweenPilesApplies(rule, SpacingOf(pile, source), source)) calls += 256LL * n * n;
+  }
+  const bool worth_sharing = calls >= kParallelKernelCalls;
+
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (worth_sharing)
   for (int q = 1; q <= piles; ++q) {
     if (q == p) continue;
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];

@@ -19,6 +19,10 @@
 
 namespace quellon {
 
+// Below about this many kernel calls a loop runs on one thread: starting the others
+// costs more than it saves.
+constexpr int kParallelKernelCalls = 200000;
+
 // ---- A pile on itself. p is the pile's column in YamashitaEsv. ----
 
 // Axial and base block (rows and columns 1..n + 1). Does not clear soil_K.
@@ -93,6 +97,10 @@ inline SoilPoint SourcePoint(const PileAxis& q, int k) {
 // Limit of the plan spacing beyond which two piles do not interact, from the source
 // pile's shaft diameter; false when the flag sets no limit.
 bool InteractionLimit(const InteractionRule& rule, const Pile& source, float* limit);
+
+// Whether the block of q on p includes torsion: a torque on the cap, and q's soil entry
+// point less than ten of q's shaft diameters from p's.
+bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& d, const Pile& q);
 
 // Clears pair_K, then fills the influence of the elements of q (the source, columns) on
 // those of p (the field, rows), unless the pair lies beyond the interaction limit.

@@ -57,8 +57,9 @@ void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, 
   }
 
   // Every entry is one thread's sum in a fixed order, so the block does not depend on the
-  // number of threads.
-#pragma omp parallel for schedule(dynamic)
+  // number of threads. A small block is not worth waking the other threads for.
+  const bool worth_sharing = n * n * kSlices * kRingPoints >= kParallelKernelCalls;
+#pragma omp parallel for schedule(dynamic) if (worth_sharing)
   for (int j = 1; j <= n; ++j) {
     for (int i = 1; i <= n; ++i) {
       const SoilPoint& F = field[static_cast<std::size_t>(i - 1)];
