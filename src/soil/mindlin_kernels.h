@@ -19,6 +19,11 @@
 #pragma once
 
 #include <cmath>
+#include <cstring>
+
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
 
 namespace quellon {
 
@@ -32,21 +37,47 @@ struct Trig {
 };
 inline Trig TrigOf(float angle) { return {std::sin(angle), std::cos(angle)}; }
 
+// Four floats handled at once. The ring sums of the torsion blocks evaluate Mindlin's
+// solution at four ring points together; the terms below are written once, for float
+// and for Float4 alike, so each lane performs the same correctly rounded operations in
+// the same order as the scalar form and gives the same bits.
+typedef float Float4 __attribute__((vector_size(16)));
+
+inline float Sqrt(float v) { return std::sqrt(v); }
+inline Float4 Sqrt(Float4 v) {
+#if defined(__SSE__)
+  return (Float4)_mm_sqrt_ps((__m128)v);
+#else
+  return Float4{std::sqrt(v[0]), std::sqrt(v[1]), std::sqrt(v[2]), std::sqrt(v[3])};
+#endif
+}
+inline Float4 Splat(float x) { return Float4{x, x, x, x}; }
+inline Float4 Load4(const float* p) {
+  Float4 v;
+  std::memcpy(&v, p, sizeof v);
+  return v;
+}
+inline void Store4(float* p, Float4 v) { std::memcpy(p, &v, sizeof v); }
+
 // The seven influences of one point load, without A or W. The first letter is the
 // direction of the displacement, the second that of the load.
-struct Influences {
-  float Ixx, Ixz, Izx, Iyy, Iyz, Izy, Izz;
+template <class V>
+struct InfluencesOf {
+  V Ixx, Ixz, Izx, Iyy, Iyz, Izy, Izz;
 };
+using Influences = InfluencesOf<float>;
 
 namespace mindlin_detail {
 
 // The terms of Mindlin's solution, each in its own named part.
-struct Terms {
-  float dx, dy;
-  float Dhx, Dhy, Dv;  // direct terms: b/R1 + u^2/R1^3, b/R1 + (z - c)^2/R1^3
-  float Hhx, Hhy, Hv;  // image terms
-  float Kd, Ki, Q, T;  // coupling terms
+template <class V>
+struct TermsOf {
+  V dx, dy;
+  V Dhx, Dhy, Dv;  // direct terms: b/R1 + u^2/R1^3, b/R1 + (z - c)^2/R1^3
+  V Hhx, Hhy, Hv;  // image terms
+  V Kd, Ki, Q, T;  // coupling terms
 };
+using Terms = TermsOf<float>;
 
 // Image terms alone; valid when field and source coincide.
 struct ImageTerms {
@@ -55,19 +86,22 @@ struct ImageTerms {
   float Ki;
 };
 
+template <class V>
 struct Common {
-  float dx, dy, zmc, zpc;
-  float R2, R2sq, R2cube;
-  float b, k1, k2, S;
+  V dx, dy, zmc, zpc;
+  V R2, R2sq, R2cube;
+  V b, k1, k2, S;
 };
 
-inline Common CommonTerms(float nu, const SoilPoint& f, const SoilPoint& s) {
-  Common m;
-  m.dx = f.x - s.x;
-  m.dy = f.y - s.y;
-  m.zmc = f.z - s.z;
-  m.zpc = f.z + s.z;
-  m.R2 = std::sqrt(m.dx * m.dx + m.dy * m.dy + m.zpc * m.zpc);
+// Field point (x, y, z), source point (xs, ys, c).
+template <class V>
+inline Common<V> CommonTerms(V nu, V x, V y, V z, V xs, V ys, V c) {
+  Common<V> m;
+  m.dx = x - xs;
+  m.dy = y - ys;
+  m.zmc = z - c;
+  m.zpc = z + c;
+  m.R2 = Sqrt(m.dx * m.dx + m.dy * m.dy + m.zpc * m.zpc);
   m.R2sq = m.R2 * m.R2;
   m.R2cube = m.R2sq * m.R2;
   m.b = 3.0f - 4.0f * nu;
@@ -78,20 +112,22 @@ inline Common CommonTerms(float nu, const SoilPoint& f, const SoilPoint& s) {
 }
 
 // Hh(u) = 1/R2 + (b u^2 + 2 c z (1 - 3 u^2/R2^2))/R2^3 + k1 S (1 - u^2 S/R2)
-inline float Hh(const Common& m, float u, float z, float c) {
-  const float u2 = u * u;
+template <class V>
+inline V Hh(const Common<V>& m, V u, V z, V c) {
+  const V u2 = u * u;
   return 1.0f / m.R2 + (m.b * u2 + 2.0f * c * z * (1.0f - 3.0f * u2 / m.R2sq)) / m.R2cube +
          m.k1 * m.S * (1.0f - u2 * m.S / m.R2);
 }
 
 // Hv = (k2 + 6 c z (z + c)^2/R2^4)/R2 + (b (z + c)^2 - 2 c z)/R2^3
-inline float Hv(const Common& m, float z, float c) {
-  const float zpc2 = m.zpc * m.zpc;
+template <class V>
+inline V Hv(const Common<V>& m, V z, V c) {
+  const V zpc2 = m.zpc * m.zpc;
   return (m.k2 + 6.0f * c * z * zpc2 / (m.R2sq * m.R2sq)) / m.R2 + (m.b * zpc2 - 2.0f * c * z) / m.R2cube;
 }
 
 inline ImageTerms Image(float nu, const SoilPoint& f, const SoilPoint& s) {
-  const Common m = CommonTerms(nu, f, s);
+  const Common<float> m = CommonTerms(nu, f.x, f.y, f.z, s.x, s.y, s.z);
   ImageTerms t;
   t.dx = m.dx;
   t.dy = m.dy;
@@ -102,13 +138,12 @@ inline ImageTerms Image(float nu, const SoilPoint& f, const SoilPoint& s) {
   return t;
 }
 
-inline Terms All(float nu, const SoilPoint& f, const SoilPoint& s) {
-  const Common m = CommonTerms(nu, f, s);
-  const float z = f.z;
-  const float c = s.z;
-  const float R1 = std::sqrt(m.dx * m.dx + m.dy * m.dy + m.zmc * m.zmc);
-  const float R1cube = R1 * R1 * R1;
-  Terms t;
+template <class V>
+inline TermsOf<V> AllTerms(V nu, V x, V y, V z, V xs, V ys, V c) {
+  const Common<V> m = CommonTerms(nu, x, y, z, xs, ys, c);
+  const V R1 = Sqrt(m.dx * m.dx + m.dy * m.dy + m.zmc * m.zmc);
+  const V R1cube = R1 * R1 * R1;
+  TermsOf<V> t;
   t.dx = m.dx;
   t.dy = m.dy;
   t.Dhx = m.b / R1 + m.dx * m.dx / R1cube;
@@ -124,12 +159,15 @@ inline Terms All(float nu, const SoilPoint& f, const SoilPoint& s) {
   return t;
 }
 
+inline Terms All(float nu, const SoilPoint& f, const SoilPoint& s) {
+  return AllTerms(nu, f.x, f.y, f.z, s.x, s.y, s.z);
+}
+
 }  // namespace mindlin_detail
 
-// The seven influences at field point f of a point load at source point s.
-inline Influences MindlinInfluences(float nu, const SoilPoint& f, const SoilPoint& s) {
-  const mindlin_detail::Terms t = mindlin_detail::All(nu, f, s);
-  Influences I;
+template <class V>
+inline InfluencesOf<V> InfluencesFromTerms(const mindlin_detail::TermsOf<V>& t) {
+  InfluencesOf<V> I;
   I.Ixx = t.Hhx + t.Dhx;
   I.Ixz = t.dx * (t.Kd - t.Q + t.T);
   I.Izx = t.dx * (t.Kd + t.Q - t.T);
@@ -138,6 +176,11 @@ inline Influences MindlinInfluences(float nu, const SoilPoint& f, const SoilPoin
   I.Izy = t.dy * (t.Kd + t.Q - t.T);
   I.Izz = t.Hv + t.Dv;
   return I;
+}
+
+// The seven influences at field point f of a point load at source point s.
+inline Influences MindlinInfluences(float nu, const SoilPoint& f, const SoilPoint& s) {
+  return InfluencesFromTerms(mindlin_detail::All(nu, f, s));
 }
 
 // Displacement along the axis of a pile raked by a about X and e about Y, from a unit
@@ -180,15 +223,17 @@ inline float MindlinTransverseImage(float A, float nu, const SoilPoint& f, const
 
 // The X and Y displacement parts of the shear ring of a twisted pile.
 // The forms on terms already worked out let a ring sum evaluate Mindlin's solution once
-// for both directions of a point.
-inline float MindlinTorsionX(float A, float W, const mindlin_detail::Terms& t, Trig a) {
-  const float Ixx = t.Hhx + t.Dhx;
-  const float Izz = t.Hv + t.Dv;
+// for both directions of a point, and for four points at a time.
+template <class V>
+inline V MindlinTorsionX(V A, V W, const mindlin_detail::TermsOf<V>& t, Trig a) {
+  const V Ixx = t.Hhx + t.Dhx;
+  const V Izz = t.Hv + t.Dv;
   return A * W * ((2.0f * t.dx * t.Kd * a.c + Izz * a.s) * a.s + Ixx * (a.c * a.c));
 }
-inline float MindlinTorsionY(float A, float W, const mindlin_detail::Terms& t, Trig e) {
-  const float Iyy = t.Hhy + t.Dhy;
-  const float Izz = t.Hv + t.Dv;
+template <class V>
+inline V MindlinTorsionY(V A, V W, const mindlin_detail::TermsOf<V>& t, Trig e) {
+  const V Iyy = t.Hhy + t.Dhy;
+  const V Izz = t.Hv + t.Dv;
   return A * W * ((2.0f * t.dy * t.Kd * e.c + Izz * e.s) * e.s + Iyy * (e.c * e.c));
 }
 inline float MindlinTorsionX(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, Trig a) {

@@ -75,26 +75,33 @@ struct Directions {
         cap_caq(p.a.c * q.a.c),
         cep_ceq(p.e.c * q.e.c) {}
 
-  float AA(const Influences& I) const {
+  template <class V>
+  V AA(const InfluencesOf<V>& I) const {
     return cc * I.Izz - cep_seq * I.Izy - sep_ceq * I.Iyz + sep_seq * I.Iyy - cap_saq * I.Izx -
            sap_caq * I.Ixz + sap_saq * I.Ixx;
   }
-  float AX(const Influences& I) const {
+  template <class V>
+  V AX(const InfluencesOf<V>& I) const {
     return cap_saq * I.Izz + cap_caq * I.Izx - sap_saq * I.Ixz - sap_caq * I.Ixx;
   }
-  float XA(const Influences& I) const {
+  template <class V>
+  V XA(const InfluencesOf<V>& I) const {
     return sap_caq * I.Izz - sap_saq * I.Izx + cap_caq * I.Ixz - cap_saq * I.Ixx;
   }
-  float XX(const Influences& I) const {
+  template <class V>
+  V XX(const InfluencesOf<V>& I) const {
     return sap_saq * I.Izz + sap_caq * I.Izx + cap_saq * I.Ixz + cap_caq * I.Ixx;
   }
-  float AY(const Influences& I) const {
+  template <class V>
+  V AY(const InfluencesOf<V>& I) const {
     return cep_seq * I.Izz + cep_ceq * I.Izy - sep_seq * I.Iyz - sep_ceq * I.Iyy;
   }
-  float YA(const Influences& I) const {
+  template <class V>
+  V YA(const InfluencesOf<V>& I) const {
     return sep_ceq * I.Izz - sep_seq * I.Izy + cep_ceq * I.Iyz - cep_seq * I.Iyy;
   }
-  float YY(const Influences& I) const {
+  template <class V>
+  V YY(const InfluencesOf<V>& I) const {
     return sep_seq * I.Izz + sep_ceq * I.Izy + cep_seq * I.Iyz + cep_ceq * I.Iyy;
   }
 };
@@ -129,6 +136,7 @@ SoilPoint RigidLayerPoint(const SoilGround& g, const PairSpacing& d) {
 struct TorsionRing {
   float zp, rp, rq, dzs, dxs, dys, Wq, inv_rp, ring_x, ring_y, offset_x, offset_y;
   std::array<Trig, 32> ring;
+  alignas(16) std::array<float, 32> ring_c, ring_s;  // the same, for four points at a time
   const PileAxis* p;
 
   TorsionRing(const PileAxis& field, const PileAxis& q, const PairSpacing& d) : p(&field) {
@@ -146,9 +154,11 @@ struct TorsionRing {
     offset_x = std::fabs(d.Dx);
     offset_y = std::fabs(d.Dy);
     float T = -0.098175f;
-    for (Trig& t : ring) {
+    for (std::size_t k = 0; k < ring.size(); ++k) {
       T = T + 0.19635f;
-      t = TrigOf(T);
+      ring[k] = TrigOf(T);
+      ring_c[k] = ring[k].c;
+      ring_s[k] = ring[k].s;
     }
   }
   SoilPoint Field(int i) const {
@@ -178,10 +188,19 @@ void TorsionBetweenPiles(const SoilGround& g, const PileAxis& p, const PileAxis&
       for (int v = 1; v <= 8; ++v) {
         const SoilPoint c = tr.Slice(j, v);
         const SoilValues sv = CombineSoil(field_soil, SoilAtPoint(g, c.z, q.index, j), poulos);
-        for (const Trig& t : tr.ring) {
-          const Influences I = MindlinInfluences(sv.nu, F, tr.Point(c, t));
-          sum += (t.c * dir.YY(I) + t.s * dir.XX(I)) * sv.Av * tr.Wq * tr.inv_rp;
+        // Four ring points at a time, then their contributions summed one by one, in order.
+        const Float4 nu = Splat(sv.nu), Fx = Splat(F.x), Fy = Splat(F.y), Fz = Splat(F.z), Qz = Splat(c.z);
+        alignas(16) std::array<float, 32> part;
+        for (std::size_t k = 0; k < part.size(); k += 4) {
+          const Float4 rc = Load4(&tr.ring_c[k]);
+          const Float4 rs = Load4(&tr.ring_s[k]);
+          const Float4 Qx = rc * tr.ring_x + tr.offset_x + c.x;
+          const Float4 Qy = rs * tr.ring_y + tr.offset_y + c.y;
+          const InfluencesOf<Float4> I =
+              InfluencesFromTerms(mindlin_detail::AllTerms(nu, Fx, Fy, Fz, Qx, Qy, Qz));
+          Store4(&part[k], (rc * dir.YY(I) + rs * dir.XX(I)) * sv.Av * tr.Wq * tr.inv_rp);
         }
+        for (const float x : part) sum += x;
       }
       pair_K(3 * n + 1 + i, 3 * n + 1 + j) = -sum;
     }

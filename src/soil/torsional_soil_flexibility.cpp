@@ -17,7 +17,7 @@ namespace quellon {
 namespace {
 
 constexpr int kSlices = 20;
-constexpr int kRingPoints = 80;
+constexpr int kRingPoints = 80;  // a multiple of 4
 
 }  // namespace
 
@@ -40,11 +40,12 @@ void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, 
 
   // The angles of the ring points, reached by steps of 0.07854 from -0.03927, are the same
   // for every slice.
-  std::array<Trig, kRingPoints> ring;
+  alignas(16) std::array<float, kRingPoints> ring_c, ring_s;
   float T = -0.03927f;
   for (int k = 0; k < kRingPoints; ++k) {
     T = T + 0.07854f;
-    ring[static_cast<std::size_t>(k)] = TrigOf(T);
+    ring_c[static_cast<std::size_t>(k)] = std::cos(T);
+    ring_s[static_cast<std::size_t>(k)] = std::sin(T);
   }
 
   std::vector<SoilPoint> field(static_cast<std::size_t>(n));
@@ -70,13 +71,22 @@ void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, 
         const float xm = m * dxs;
         const float ym = m * dys;
         const float zm = g.z0 + m * dzs;
-        // The ground is the same for all points of a slice.
+        // The ground is the same for all points of a slice. The points are evaluated four
+        // at a time and their contributions then summed one by one, in order.
         const SoilValues v = CombineSoil(fs, SoilAtPoint(g, zm, p, j), poulos);
-        for (const Trig& t : ring) {
-          const SoilPoint Q{t.c * ring_x + xm, t.s * ring_y + ym, zm};
-          const mindlin_detail::Terms terms = mindlin_detail::All(v.nu, F, Q);
-          sum += (MindlinTorsionX(v.Av, Wq * t.s, terms, a) + MindlinTorsionY(v.Av, Wq * t.c, terms, e)) * inv_r;
+        const Float4 nu = Splat(v.nu), A = Splat(v.Av);
+        const Float4 Fx = Splat(F.x), Fy = Splat(F.y), Fz = Splat(F.z), Qz = Splat(zm);
+        alignas(16) std::array<float, kRingPoints> part;
+        for (int k = 0; k < kRingPoints; k += 4) {
+          const Float4 c = Load4(&ring_c[static_cast<std::size_t>(k)]);
+          const Float4 sn = Load4(&ring_s[static_cast<std::size_t>(k)]);
+          const Float4 Qx = c * ring_x + xm;
+          const Float4 Qy = sn * ring_y + ym;
+          const mindlin_detail::TermsOf<Float4> terms = mindlin_detail::AllTerms(nu, Fx, Fy, Fz, Qx, Qy, Qz);
+          Store4(&part[static_cast<std::size_t>(k)],
+                 (MindlinTorsionX(A, Wq * sn, terms, a) + MindlinTorsionY(A, Wq * c, terms, e)) * inv_r);
         }
+        for (const float x : part) sum += x;
       }
       soil_K(3 * n + 1 + i, 3 * n + 1 + j) = sum;
     }
