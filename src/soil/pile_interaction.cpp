@@ -36,6 +36,10 @@ PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, int index, bool wit
   base.y = axis.e.s * pile.Length;
   base.z = g.z0 + axis.a.c * axis.e.c * pile.Length;
   if (with_soil) base.soil = SoilAtPoint(g, base.z, index, n + 1);
+  const float depth = g.borehole->DepthToRigidLayer;
+  if (with_soil && (depth > 1e-20f || depth < -1e-20f)) {
+    for (int k = 1; k <= n + 1; ++k) axis.points[static_cast<std::size_t>(k - 1)].rigid = SoilAtPoint(g, depth + g.z0, index, k);
+  }
   return axis;
 }
 
@@ -121,6 +125,36 @@ struct SourceAreas {
 };
 
 inline float Mean(const SoilValues& v) { return (v.Av + v.Ah) * 0.5f; }
+
+template <class V>
+V Broadcast(float x);
+template <>
+inline float Broadcast<float>(float x) {
+  return x;
+}
+template <>
+inline Float4 Broadcast<Float4>(float x) {
+  return Splat(x);
+}
+inline void Put(float& to, float v) { to = v; }
+inline void Put(float& to, Float4 v) { Store4(&to, v); }  // rows to .. to + 3 of one column
+
+// The seven entries of shaft element j of q on shaft element i of p (or on four
+// consecutive elements from i, with V = Float4).
+template <class V>
+void ShaftOnShaft(const Directions& dir, const SourceAreas& w, int n, int i, int j, V nu, V Av, V Ah, V fx,
+                  V fy, V fz, const SoilPoint& S, RealMatrix& pair_K) {
+  const V Am = (Av + Ah) * 0.5f;
+  const InfluencesOf<V> I = InfluencesFromTerms(
+      mindlin_detail::AllTerms(nu, fx, fy, fz, Broadcast<V>(S.x), Broadcast<V>(S.y), Broadcast<V>(S.z)));
+  Put(pair_K(i, j), Av * w.Ws * dir.AA(I));
+  Put(pair_K(i, n + 1 + j), Am * w.Wt * dir.AX(I));
+  Put(pair_K(n + 1 + i, j), Am * w.Ws * dir.XA(I));
+  Put(pair_K(n + 1 + i, n + 1 + j), Ah * w.Wt * dir.XX(I));
+  Put(pair_K(i, 2 * n + 1 + j), Am * w.Wt * dir.AY(I));
+  Put(pair_K(2 * n + 1 + i, j), Am * w.Ws * dir.YA(I));
+  Put(pair_K(2 * n + 1 + i, 2 * n + 1 + j), Ah * w.Wt * dir.YY(I));
+}
 
 bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
@@ -228,19 +262,30 @@ void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule
   auto field = [&p, &d](int i) { return FieldPoint(p, d, i); };
   auto source = [&q](int j) { return SourcePoint(q, j); };
 
+  // Shaft on shaft, four field elements at a time where four remain: rows i..i + 3 of a
+  // column are contiguous, and each lane does what the one-element form does.
   for (int j = 1; j <= n; ++j) {
     const SoilPoint S = source(j);
-    for (int i = 1; i <= n; ++i) {
-      const SoilValues v = CombineSoil(p.at(i).soil, q.at(j).soil, poulos);
-      const float Am = Mean(v);
-      const Influences I = MindlinInfluences(v.nu, field(i), S);
-      pair_K(i, j) = v.Av * w.Ws * dir.AA(I);
-      pair_K(i, n + 1 + j) = Am * w.Wt * dir.AX(I);
-      pair_K(n + 1 + i, j) = Am * w.Ws * dir.XA(I);
-      pair_K(n + 1 + i, n + 1 + j) = v.Ah * w.Wt * dir.XX(I);
-      pair_K(i, 2 * n + 1 + j) = Am * w.Wt * dir.AY(I);
-      pair_K(2 * n + 1 + i, j) = Am * w.Ws * dir.YA(I);
-      pair_K(2 * n + 1 + i, 2 * n + 1 + j) = v.Ah * w.Wt * dir.YY(I);
+    const PointSoil& sj = q.at(j).soil;
+    int i = 1;
+    for (; i + 3 <= n; i += 4) {
+      alignas(16) float nu[4], Av[4], Ah[4], fx[4], fy[4], fz[4];
+      for (int l = 0; l < 4; ++l) {
+        const SoilValues v = CombineSoil(p.at(i + l).soil, sj, poulos);
+        const SoilPoint F = field(i + l);
+        nu[l] = v.nu;
+        Av[l] = v.Av;
+        Ah[l] = v.Ah;
+        fx[l] = F.x;
+        fy[l] = F.y;
+        fz[l] = F.z;
+      }
+      ShaftOnShaft(dir, w, n, i, j, Load4(nu), Load4(Av), Load4(Ah), Load4(fx), Load4(fy), Load4(fz), S, pair_K);
+    }
+    for (; i <= n; ++i) {
+      const SoilValues v = CombineSoil(p.at(i).soil, sj, poulos);
+      const SoilPoint F = field(i);
+      ShaftOnShaft(dir, w, n, i, j, v.nu, v.Av, v.Ah, F.x, F.y, F.z, S, pair_K);
     }
   }
 
@@ -287,21 +332,19 @@ void RigidLayerInteractionCorrection(const SoilGround& g, const InteractionRule&
   const float saq = q.a.s, caq = q.a.c, seq = q.e.s, ceq = q.e.c;
   // Only the vertical displacement on the rigid layer below the soil entry point of p is
   // removed, with no projection on the axis of p.
-  const float zr = g.borehole->DepthToRigidLayer + g.z0;
   const SoilPoint F = RigidLayerPoint(g, d);
 
   for (int j = 1; j <= n + 1; ++j) {
     const AxisPoint& a = q.at(j);
     const SoilPoint S = SourcePoint(q, j);
     // Poisson's ratio comes from the two depths alone, so one evaluation serves every row.
-    const PointSoil probe = SoilAtPoint(g, zr, p.index, 1);
-    const float nu = (probe.nu + a.soil.nu) * 0.5f;
+    const float nu = (p.at(1).rigid.nu + a.soil.nu) * 0.5f;
     const Influences I = MindlinInfluences(nu, F, S);
     const float Va = caq * ceq * I.Izz - seq * I.Izy - saq * I.Izx;
     const float Vx = saq * I.Izz + caq * I.Izx;
     const float Vy = seq * I.Izz + ceq * I.Izy;
     for (int i = 1; i <= n + 1; ++i) {
-      const SoilValues v = CombineSoil(SoilAtPoint(g, zr, p.index, i), a.soil, poulos);
+      const SoilValues v = CombineSoil(p.at(i).rigid, a.soil, poulos);
       if (j <= n) {
         const float Am = Mean(v);
         pair_K(i, j) = pair_K(i, j) - v.Av * w.Ws * Va;

@@ -62,6 +62,7 @@ struct InteractionRule {
 struct AxisPoint {
   float x = 0.0f, y = 0.0f, z = 0.0f;
   PointSoil soil;
+  PointSoil rigid;  // the ground at the rigid layer's level, with this element's number
 };
 
 struct PileAxis {

@@ -81,3 +81,42 @@ TEST(RingSums, TorsionBetweenPilesIsTheOrderedSumOfPointKernels) {
 
 }  // namespace
 }  // namespace quellon
+
+namespace quellon {
+namespace {
+
+using namespace soil_test;
+
+TEST(GroupedElements, PairShaftEntriesAreThoseOfOneElementAtATime) {
+  // Six elements: one group of four field elements and two taken singly. Vertical piles
+  // keep the direction sums to the plain influences; two layers and the smoothed moduli
+  // make every element's ground its own.
+  Engine e;
+  SetGround(e, TwoLayers(), 2, 0.0f);
+  const int n = 6;
+  SetPiles(e, n, {{12.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f}, {9.0f, 0.7f, 0.7f, 0.0f, 0.0f, 2.5f, -1.0f}});
+  e.project.InteractionFlag = 1;
+  CreateSoilArrays(e);
+  AssembleSoilFlexibility(e, 1);
+  const SoilGround g = GroundOf(e);
+  const float hp = 12.0f / n, hq = 9.0f / n;
+  const float Ws = 0.7f * 3.1415927f * 9.0f / n, Wt = Ws / 3.1415927f;
+  for (int j = 1; j <= n; ++j) {
+    for (int i = 1; i <= n; ++i) {
+      const float zi = (static_cast<float>(i) - 0.5f) * hp, zj = (static_cast<float>(j) - 0.5f) * hq;
+      const SoilValues v = PairSoilValues(g, zi, 1, i, zj, 2, j);
+      const float Am = (v.Av + v.Ah) * 0.5f;
+      const Influences I = MindlinInfluences(v.nu, SoilPoint{-2.5f, 1.0f, zi}, SoilPoint{-0.0f, -0.0f, zj});
+      EXPECT_EQ(Block(e, 1, 2, i, j), v.Av * Ws * I.Izz) << i << ", " << j;
+      EXPECT_EQ(Block(e, 1, 2, i, n + 1 + j), Am * Wt * I.Izx) << i << ", " << j;
+      EXPECT_EQ(Block(e, 1, 2, n + 1 + i, j), Am * Ws * I.Ixz) << i << ", " << j;
+      EXPECT_EQ(Block(e, 1, 2, n + 1 + i, n + 1 + j), v.Ah * Wt * I.Ixx) << i << ", " << j;
+      EXPECT_EQ(Block(e, 1, 2, i, 2 * n + 1 + j), Am * Wt * I.Izy) << i << ", " << j;
+      EXPECT_EQ(Block(e, 1, 2, 2 * n + 1 + i, j), Am * Ws * I.Iyz) << i << ", " << j;
+      EXPECT_EQ(Block(e, 1, 2, 2 * n + 1 + i, 2 * n + 1 + j), v.Ah * Wt * I.Iyy) << i << ", " << j;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quellon
