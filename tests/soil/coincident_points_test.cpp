@@ -19,7 +19,7 @@ std::vector<std::string> g_messages;
 struct Checked {
   Engine e;
   int result = -1;
-  Checked(const std::vector<PileSpec>& piles, int n, float rigid = 0.0f, float Mz = 0.0f) {
+  Checked(const std::vector<PileData>& piles, int n, float rigid = 0.0f, float Mz = 0.0f) {
     SetGround(e, OneLayer(), 1, rigid);
     SetPiles(e, n, piles);
     e.project.InteractionFlag = 1;
@@ -34,7 +34,7 @@ struct Checked {
 };
 
 TEST(CoincidentPoints, PilesSharingMidpointsAreRefusedAndNamed) {
-  const PileSpec a{10.0f, 1.0f, 1.0f, 3.0f, 0.0f, 2.0f, 1.0f};
+  const PileData a{10.0f, 1.0f, 1.0f, 3.0f, 0.0f, 2.0f, 1.0f};
   const Checked same({a, a}, 2);
   EXPECT_EQ(same.result, 0);
   EXPECT_EQ(same.message(),
@@ -43,7 +43,7 @@ TEST(CoincidentPoints, PilesSharingMidpointsAreRefusedAndNamed) {
 
   // Vertical piles from one point, the second three times as long: mid-point 2 of the
   // first (7.5 m) is mid-point 1 of the second.
-  PileSpec shorter{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f}, longer = shorter;
+  PileData shorter{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f}, longer = shorter;
   longer.L = 30.0f;
   const Checked nested({shorter, longer}, 2);
   EXPECT_EQ(nested.result, 0);
@@ -51,8 +51,8 @@ TEST(CoincidentPoints, PilesSharingMidpointsAreRefusedAndNamed) {
 }
 
 TEST(CoincidentPoints, PilesFromOnePointWithDifferentRakesAreAccepted) {
-  const PileSpec a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-  PileSpec b = a;
+  const PileData a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  PileData b = a;
   b.rake_x = 8.0f;
   Checked c({a, b}, 4, 0.0f, 50.0f);
   EXPECT_EQ(c.result, 1);
@@ -64,7 +64,7 @@ TEST(CoincidentPoints, PilesFromOnePointWithDifferentRakesAreAccepted) {
 }
 
 TEST(CoincidentPoints, RigidLayerThroughAPilesOwnLoadPoint) {
-  const PileSpec a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  const PileData a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
   const Checked on_tip({a}, 2, 10.0f);
   EXPECT_EQ(on_tip.result, 0);
   EXPECT_NE(on_tip.message().find("rigid layer passes through the load point of the base of pile 1"),
@@ -73,7 +73,7 @@ TEST(CoincidentPoints, RigidLayerThroughAPilesOwnLoadPoint) {
   EXPECT_EQ(on_midpoint.result, 0);
   EXPECT_NE(on_midpoint.message().find("element 1 of pile 1"), std::string::npos);
   EXPECT_EQ(Checked({a}, 2, 10.5f).result, 1);
-  PileSpec raked = a;
+  PileData raked = a;
   raked.rake_y = 12.0f;  // the base's own term sits below the soil entry point
   const float tip = std::cos(DegreesToRadians(12.0f)) * 10.0f;
   EXPECT_EQ(Checked({raked}, 2, tip).result, 0);
@@ -102,7 +102,7 @@ TEST(CoincidentPoints, TorsionRingThroughTheAxisOfAnotherPile) {
   const float cx = std::cos(T) * 0.5f, cy = std::sin(T) * 0.5f;
   ASSERT_LT(cx, 0.0f);
   ASSERT_LT(cy, 0.0f);
-  const std::vector<PileSpec> piles{{1.0f, 1.0f, 1.0f, 0.0f, 0.0f, -cx, -cy}, {8.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f}};
+  const std::vector<PileData> piles{{1.0f, 1.0f, 1.0f, 0.0f, 0.0f, -cx, -cy}, {8.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f}};
   const Checked torque(piles, 1, 0.0f, 10.0f);
   EXPECT_EQ(torque.result, 0);
   EXPECT_NE(torque.message().find("piles 1 and 2 overlap"), std::string::npos);

@@ -73,28 +73,6 @@ TEST_F(YamashitaTable, WeightedMeansMatchTheReference) {
   }
 }
 
-TEST(YamashitaWeights, RowsAboveTheFirstDropOut) {
-  // A table whose row r holds r: the weighted mean shows which rows and weights enter.
-  RealMatrix t;
-  t.resize(12, 1);
-  for (int r = 1; r <= 12; ++r) t(r, 1) = static_cast<float>(r);
-  const float sums[] = {1.9375f, 2.4375f, 2.6875f, 2.8125f, 2.875f};
-  for (int k = 1; k <= 5; ++k) {
-    float num = 0.0f;
-    float w = 1.0f;
-    num += static_cast<float>(k);
-    for (int d = 1; d <= 4; ++d) {
-      w *= 0.5f;
-      num += w * static_cast<float>(k + d);
-      if (k - d >= 1) num += w * static_cast<float>(k - d);
-    }
-    EXPECT_FLOAT_EQ(YamashitaVerticalStiffnessAverage(t, 1, k), num / sums[k - 1]) << "k = " << k;
-  }
-  // A uniform column gives its own value whatever the weights.
-  t.fill(7.0f);
-  EXPECT_FLOAT_EQ(YamashitaVerticalStiffnessAverage(t, 1, 1), 7.0f);
-}
-
 TEST(YamashitaTableSize, FollowsTheModelBeyondFiftyElements) {
   Engine e;
   SetGround(e, {{0.0f, 1000.0f, 100.0f, 1000.0f, 100.0f, 0.3f}}, 2, 0.0f);

@@ -21,7 +21,7 @@ constexpr float kSentinel = 7.0f;
 
 // Assembles the piles in order; before each pile after the first soil_K is overwritten
 // with a sentinel, so a pile whose own block in G holds the sentinel reused soil_K.
-std::vector<bool> RebuiltPiles(const std::vector<PileSpec>& piles) {
+std::vector<bool> RebuiltPiles(const std::vector<PileData>& piles) {
   Engine e;
   SetGround(e, OneLayer(), 1, 0.0f);
   SetPiles(e, 2, piles);
@@ -37,21 +37,21 @@ std::vector<bool> RebuiltPiles(const std::vector<PileSpec>& piles) {
 }
 
 TEST(OwnBlockReuse, LooksOnePileBackWithAnExactLikenessTest) {
-  const PileSpec a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-  PileSpec b = a;
+  const PileData a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  PileData b = a;
   b.L = 12.0f;
-  auto at = [](PileSpec s, float x) {
+  auto at = [](PileData s, float x) {
     s.x = x;
     return s;
   };
   EXPECT_EQ(RebuiltPiles({a, at(a, 5), at(b, 10), at(a, 15)}), (std::vector<bool>{true, false, true, true}));
   EXPECT_EQ(RebuiltPiles({a, at(b, 5), at(a, 10), at(b, 15)}), (std::vector<bool>{true, true, true, true}));
 
-  PileSpec hollow = at(a, 5);
+  PileData hollow = at(a, 5);
   hollow.Di = 0.5f;  // not read by any formula, but part of the likeness
   EXPECT_EQ(RebuiltPiles({a, hollow}), (std::vector<bool>{true, true}));
 
-  PileSpec raked = at(a, 0), nearly = at(a, 5);
+  PileData raked = at(a, 0), nearly = at(a, 5);
   raked.rake_x = 1.0f;
   nearly.rake_x = 1.000001f;
   ASSERT_NE(raked.rake_x, nearly.rake_x);
@@ -75,7 +75,7 @@ TEST(OwnBlockReuse, IdenticalPilesShareTheirBlockAndTheFirstPileAlwaysBuilds) {
 // A group of piles on level ground with the given rule; G after assembly.
 struct Group {
   Engine e;
-  Group(const std::vector<PileSpec>& piles, int flag, float Mz, float rigid = 0.0f, int averaging = 1,
+  Group(const std::vector<PileData>& piles, int flag, float Mz, float rigid = 0.0f, int averaging = 1,
         float distance = 0.0f, int n = 3) {
     SetGround(e, TwoLayers(), averaging, rigid);
     SetPiles(e, n, piles);
@@ -97,16 +97,16 @@ struct Group {
 
 TEST(InteractionLimit, TakesTheSourcePilesDiameter) {
   // Flag 2: 50 shaft diameters of the source pile.
-  const PileSpec big{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-  const PileSpec small{10.0f, 0.5f, 0.5f, 0.0f, 0.0f, 30.0f, 0.0f};
+  const PileData big{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  const PileData small{10.0f, 0.5f, 0.5f, 0.0f, 0.0f, 30.0f, 0.0f};
   const Group g({big, small}, 2, 0.0f);
   EXPECT_TRUE(g.PairIsZero(1, 2));   // source of 0.5 m: limit 25 m < 30 m
   EXPECT_FALSE(g.PairIsZero(2, 1));  // source of 1 m: limit 50 m
 }
 
 TEST(InteractionLimit, SpacingJustBeyondTheLimitGivesAZeroBlock) {
-  const PileSpec a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-  PileSpec b = a;
+  const PileData a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  PileData b = a;
   b.x = std::nextafter(50.0f, 100.0f);
   EXPECT_TRUE(Group({a, b}, 2, 0.0f).PairIsZero(1, 2));
   b.x = 50.0f;  // at the limit the piles still interact
@@ -114,8 +114,8 @@ TEST(InteractionLimit, SpacingJustBeyondTheLimitGivesAZeroBlock) {
 }
 
 TEST(InteractionLimit, CustomDistanceAndFlagWithoutLimit) {
-  const PileSpec a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-  PileSpec b = a;
+  const PileData a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  PileData b = a;
   b.x = 1500.0f;
   EXPECT_TRUE(Group({a, b}, 1, 0.0f).PairIsZero(1, 2));   // beyond 1000 diameters
   EXPECT_TRUE(Group({a, b}, 3, 0.0f, 0.0f, 1, 1499.0f).PairIsZero(1, 2));
@@ -124,8 +124,8 @@ TEST(InteractionLimit, CustomDistanceAndFlagWithoutLimit) {
 }
 
 TEST(TorsionBetweenPiles, OnlyUnderTorqueAndStrictlyWithinTenDiameters) {
-  const PileSpec a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-  PileSpec b = a;
+  const PileData a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  PileData b = a;
   b.x = 10.0f;  // s = 10 Ds of the source
   EXPECT_TRUE(Group({a, b}, 1, 50.0f).PairIsZero(1, 2, 11, 13));
   b.x = std::nextafter(10.0f, 0.0f);
@@ -138,10 +138,10 @@ TEST(TorsionBetweenPiles, OnlyUnderTorqueAndStrictlyWithinTenDiameters) {
 
 TEST(TorsionBetweenPiles, MirroringTheFieldPileAboutTheSourceLeavesTheBlock) {
   // Source pile q = 1 raked, field piles on either side of it in X and in Y.
-  const PileSpec q{10.0f, 0.8f, 0.8f, 6.0f, -3.0f, 0.0f, 0.0f};
-  PileSpec p = {9.0f, 1.0f, 1.0f, 2.0f, 0.0f, 2.5f, 1.5f};
+  const PileData q{10.0f, 0.8f, 0.8f, 6.0f, -3.0f, 0.0f, 0.0f};
+  PileData p = {9.0f, 1.0f, 1.0f, 2.0f, 0.0f, 2.5f, 1.5f};
   auto torsion = [&](float x, float y) {
-    PileSpec moved = p;
+    PileData moved = p;
     moved.x = x;
     moved.y = y;
     Group g({q, moved}, 1, 25.0f);
@@ -160,8 +160,8 @@ TEST(TorsionBetweenPiles, MirroringTheFieldPileAboutTheSourceLeavesTheBlock) {
 
 TEST(PairBlocks, CouplingTermsChangeSignBetweenTheTwoOrders) {
   // Equal vertical piles along X: axial, X and Y terms agree, axial-X couplings flip.
-  const PileSpec a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
-  PileSpec b = a;
+  const PileData a{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+  PileData b = a;
   b.x = 4.0f;
   const Group g({a, b}, 1, 0.0f);
   const int n = 3;
@@ -185,7 +185,7 @@ TEST(PairBlocks, CouplingTermsChangeSignBetweenTheTwoOrders) {
 
 // Blocks with and without the rigid layer: only the axial and base rows may change.
 TEST(RigidLayer, CorrectsOnlyTheAxialAndBaseRows) {
-  const std::vector<PileSpec> piles{{10.0f, 1.0f, 1.2f, 5.0f, 0.0f, 0.0f, 0.0f},
+  const std::vector<PileData> piles{{10.0f, 1.0f, 1.2f, 5.0f, 0.0f, 0.0f, 0.0f},
                                     {8.0f, 0.8f, 0.8f, 0.0f, -5.0f, 3.0f, 1.0f}};
   const Group plain(piles, 1, 10.0f, 0.0f, 2);
   const Group rigid(piles, 1, 10.0f, 15.0f, 2);
@@ -210,7 +210,7 @@ TEST(RigidLayer, CorrectsOnlyTheAxialAndBaseRows) {
 }
 
 TEST(RigidLayer, NoneAtDepthZeroAndNoneBetweenPilesWithoutALimit) {
-  const std::vector<PileSpec> piles{{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f},
+  const std::vector<PileData> piles{{10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f},
                                     {10.0f, 1.0f, 1.0f, 0.0f, 0.0f, 3.0f, 0.0f}};
   // Depth 0 means no rigid layer; the blocks equal those built by the routines alone.
   const Group g(piles, 1, 0.0f, 0.0f);
@@ -231,7 +231,7 @@ TEST(RigidLayer, NoneAtDepthZeroAndNoneBetweenPilesWithoutALimit) {
 }
 
 TEST(Parallel, GIsTheSameWithOneThreadAndWithTwo) {
-  const std::vector<PileSpec> piles{
+  const std::vector<PileData> piles{
       {10.0f, 1.0f, 1.5f, 10.0f, 0.0f, 0.0f, 0.0f},  {8.0f, 0.8f, 0.8f, 0.0f, -5.0f, 3.0f, 1.0f},
       {10.0f, 1.0f, 1.5f, 10.0f, 0.0f, -3.0f, 0.5f}, {12.0f, 0.9f, 0.9f, 4.0f, 4.0f, 1.0f, -3.0f},
       {8.0f, 0.8f, 0.8f, 0.0f, -5.0f, 5.0f, 4.0f}};

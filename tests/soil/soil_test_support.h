@@ -17,16 +17,16 @@
 
 namespace quellon::soil_test {
 
-struct LayerSpec {
+struct LayerData {
   float top, Ev, dEv, Eh, dEh, nu;
 };
 
-struct PileSpec {
+struct PileData {
   float L, Ds, Db, rake_x, rake_y, x, y;
   float Di = 0.0f;
 };
 
-inline void SetGround(Engine& e, const std::vector<LayerSpec>& layers, int averaging, float rigid) {
+inline void SetGround(Engine& e, const std::vector<LayerData>& layers, int averaging, float rigid) {
   ASSERT_EQ(CreateLayers(e, static_cast<int>(layers.size())), 1);
   for (std::size_t k = 0; k < layers.size(); ++k) {
     Layer& l = e.borehole.Layers(static_cast<int>(k) + 1);
@@ -42,12 +42,12 @@ inline void SetGround(Engine& e, const std::vector<LayerSpec>& layers, int avera
 }
 
 // Piles enter the ground at their head, at level 0.
-inline void SetPiles(Engine& e, int n, const std::vector<PileSpec>& piles) {
+inline void SetPiles(Engine& e, int n, const std::vector<PileData>& piles) {
   ASSERT_EQ(CreatePiles(e, static_cast<int>(piles.size())), 1);
   e.foundation.NumberOfElements = n;
   for (std::size_t k = 0; k < piles.size(); ++k) {
     Pile& p = e.foundation.Piles(static_cast<int>(k) + 1);
-    const PileSpec& s = piles[k];
+    const PileData& s = piles[k];
     p.Length = s.L;
     p.ShaftDiameter = s.Ds;
     p.InternalDiameter = s.Di;
@@ -95,8 +95,8 @@ inline ::testing::AssertionResult ToFigures(float actual, double printed, int fi
 }
 
 // The two grounds of the worked models.
-inline std::vector<LayerSpec> OneLayer() { return {{0.0f, 10000.0f, 0.0f, 10000.0f, 0.0f, 0.25f}}; }
-inline std::vector<LayerSpec> TwoLayers() {
+inline std::vector<LayerData> OneLayer() { return {{0.0f, 10000.0f, 0.0f, 10000.0f, 0.0f, 0.25f}}; }
+inline std::vector<LayerData> TwoLayers() {
   return {{0.0f, 20000.0f, 1000.0f, 15000.0f, 500.0f, 0.3f}, {6.0f, 80000.0f, 0.0f, 60000.0f, 0.0f, 0.2f}};
 }
 
