@@ -38,7 +38,8 @@ PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, int index, bool wit
   if (with_soil) base.soil = SoilAtPoint(g, base.z, index, n + 1);
   const float depth = g.borehole->DepthToRigidLayer;
   if (with_soil && (depth > 1e-20f || depth < -1e-20f)) {
-    for (int k = 1; k <= n + 1; ++k) axis.points[static_cast<std::size_t>(k - 1)].rigid = SoilAtPoint(g, depth + g.z0, index, k);
+    const float zr = depth + g.z0;
+    for (int k = 1; k <= n + 1; ++k) axis.points[static_cast<std::size_t>(k - 1)].rigid = SoilAtPoint(g, zr, index, k);
   }
   return axis;
 }
