@@ -9,8 +9,19 @@ struct Engine;
 // table cannot be created (the error has been reported; the run must not read it).
 int YamashitaVerticalStiffnessAverageAllPiles(Engine& e);
 
+// Refuses a model in which a point where the soil matrices want a displacement is exactly
+// a point where they place a load, since Mindlin's solution is infinite there: element
+// mid-points or bases of two interacting piles at one point, a point of the torsion ring
+// of a near pile on the axis of another, or the rigid layer level below a pile's soil
+// entry point passing exactly through a load point (a vertical pile whose tip stands on
+// the rigid layer, for one). The error names the piles and elements through the host's
+// message function and the LOG. 1 when the model is clear, 0 when it is refused. Needs the
+// soil entry points; run it before the first AssembleSoilFlexibility.
+int CheckCoincidentMidpoints(Engine& e);
+
 // Writes the rows of G that belong to pile p (1-based): its own block and its blocks
-// with every other pile.
+// with every other pile. The blocks between piles are computed in parallel; G is the
+// same whatever the number of threads.
 void AssembleSoilFlexibility(Engine& e, int p);
 
 }  // namespace quellon

@@ -1,0 +1,153 @@
+// Assembly of the group's soil flexibility matrix G, one pile's rows at a time.
+//
+// A pile's own block goes through soil_K, which is kept from one pile to the next and
+// rebuilt only when the pile differs in shape from the pile handled before it. The
+// blocks between the pile and every other pile are independent of one another and are
+// computed in parallel, each by one thread in a fixed order into that thread's own
+// scratch matrix, so G does not depend on the number of threads.
+#include <cmath>
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <omp.h>
+
+#include "engine/engine.h"
+#include "engine/notify.h"
+#include "soil/soil.h"
+#include "soil/soil_matrices.h"
+
+namespace quellon {
+
+namespace {
+
+bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
+
+bool Alike(float a, float b) { return std::fabs(a - b) < 1e-20f; }
+
+// Copies an M by M block into G at the rows of field pile p and the columns of source pile q.
+void CopyBlock(const RealMatrix& block, int p, int q, RealMatrix& G) {
+  const int M = block.rows();
+  const std::size_t bytes = static_cast<std::size_t>(M) * sizeof(float);
+  for (int v = 1; v <= M; ++v) {
+    std::memcpy(&G(M * (p - 1) + 1, M * (q - 1) + v), block.col(v), bytes);
+  }
+}
+
+void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
+  const int M = block.rows();
+  const std::size_t bytes = static_cast<std::size_t>(M) * sizeof(float);
+  for (int v = 1; v <= M; ++v) {
+    std::memcpy(block.col(v), &G(M * (p - 1) + 1, M * (q - 1) + v), bytes);
+  }
+}
+
+// The own block of pile p: transverse blocks (the first of which clears soil_K), axial
+// and base block with its rigid layer correction, and torsion.
+void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, RealMatrix& soil_K) {
+  const bool straight = std::fabs(pile.RakeX) < 1e-20f && std::fabs(pile.RakeY) < 1e-20f;
+  if (straight) {
+    BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
+  } else {
+    // A rake of either direction: each block with its own rake. (A rake of exactly 1e-20
+    // counts as a rake here; both ways give the same values.)
+    BuildTransverseXSoilFlexibilityMatrix(g, pile, soil_K, trace);
+    BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K, trace);
+  }
+  BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
+  if (NonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
+  BuildTorsionalSoilFlexibilityMatrix(g, pile, p, soil_K);
+}
+
+}  // namespace
+
+bool SameSoilBlock(const Pile& pile, const Pile& before) {
+  return Alike(pile.Length, before.Length) && Alike(pile.ShaftDiameter, before.ShaftDiameter) &&
+         Alike(pile.InternalDiameter, before.InternalDiameter) &&
+         Alike(pile.BaseDiameter, before.BaseDiameter) && Alike(pile.RakeX, before.RakeX) &&
+         Alike(pile.RakeY, before.RakeY);
+}
+
+SoilGround GroundOf(const Engine& e) {
+  SoilGround g;
+  g.borehole = &e.borehole;
+  g.yamashita_esv = &e.ws.YamashitaEsv;
+  g.n = e.foundation.NumberOfElements;
+  g.z0 = e.foundation.NumberOfPiles >= 1 ? e.foundation.Piles(1).SoilEntryZ : 0.0f;
+  return g;
+}
+
+InteractionRule InteractionRuleOf(const Engine& e) {
+  InteractionRule rule;
+  rule.flag = e.project.InteractionFlag;
+  rule.distance = e.project.InteractionDistance;
+  rule.Mz = e.actions.Mz;
+  return rule;
+}
+
+void AssembleSoilFlexibility(Engine& e, int p) {
+  const int n = e.foundation.NumberOfElements;
+  const int piles = e.foundation.NumberOfPiles;
+  const int M = 4 * n + 1;
+  if (n < 1 || p < 1 || p > piles) return;
+  const SoilGround g = GroundOf(e);
+  RealMatrix& G = e.ws.G;
+  if (G.rows() != M * piles || G.cols() != M * piles || e.ws.soil_K.rows() != M || e.ws.pair_K.rows() != M) return;
+  if (!g.poulos() && (e.ws.YamashitaEsv.rows() != n + 5 || e.ws.YamashitaEsv.cols() != piles)) {
+    // The smoothed moduli are missing: the table failed earlier and has been reported.
+    SendError(e, "Soil flexibility not assembled for pile " + std::to_string(p) +
+                     ": the table of vertical moduli (YamashitaEsv) is missing");
+    return;
+  }
+
+  // The pile's own block, reused when the pile handled before has the same shape.
+  const Pile& pile = e.foundation.Piles(p);
+  const int before = e.project.ReferencePile;
+  const bool reuse = p != 1 && before >= 1 && before <= piles && SameSoilBlock(pile, e.foundation.Piles(before));
+  if (!reuse) {
+    TextFile* trace = LogOpen(e) ? &e.files.log : nullptr;
+    BuildOwnSoilBlock(g, pile, p, trace, e.ws.soil_K);
+  }
+  CopyBlock(e.ws.soil_K, p, p, G);
+  if (piles == 1) return;
+
+  // The blocks of every other pile on this one.
+  const InteractionRule rule = InteractionRuleOf(e);
+  const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
+  std::vector<PileAxis> axes;
+  axes.reserve(static_cast<std::size_t>(piles));
+  for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
+  const PileAxis& field = axes[static_cast<std::size_t>(p - 1)];
+
+  // One scratch block per thread, made before the parallel loop so that nothing inside
+  // it allocates.
+  const int threads = omp_get_max_threads();
+  std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
+  for (RealMatrix& m : scratch) m.resize(M, M);
+
+  // A rough count of the kernel calls of the pairs decides whether to share them out.
+  long long calls = 0;
+  for (int q = 1; q <= piles; ++q) {
+    if (q == p) continue;
+    calls += static_cast<long long>(n + 1) * (n + 1);
+    const Pile& source = e.foundation.Piles(q);
+    if (TorsionBetweenPilesApplies(rule, SpacingOf(pile, source), source)) calls += 256LL * n * n;
+  }
+  const bool worth_sharing = calls >= kParallelKernelCalls;
+
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (worth_sharing)
+  for (int q = 1; q <= piles; ++q) {
+    if (q == p) continue;
+    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+    const PileAxis& source = axes[static_cast<std::size_t>(q - 1)];
+    BuildPileInteractionMatrix(g, rule, field, source, pair_K);
+    if (rigid) RigidLayerInteractionCorrection(g, rule, field, source, pair_K);
+    CopyBlock(pair_K, p, q, G);
+  }
+
+  // pair_K is left holding the last pair, as a serial pass would leave it.
+  CopyBlockOut(G, p, p == piles ? piles - 1 : piles, e.ws.pair_K);
+}
+
+}  // namespace quellon
