@@ -213,6 +213,10 @@ QUELLON_API void QuellonCloseLOGFile(void);
 QUELLON_API int QuellonCreateTMKFile(const char* path);
 QUELLON_API int WRITETMKFILEDIRECT(const char* path260);
 QUELLON_API int READTMWFILEDIRECT(const char* path260);
+/* Beyond the classic interface: the number of lines of the last text model file that
+ * the reader had taken when it stopped, so that a host can name where a broken file
+ * went wrong (on success, the lines read in all). */
+QUELLON_API int QuellonGetTMWLineNumber(void);
 
 QUELLON_API void QuellonCloseTMWFile(void);
 QUELLON_API void QuellonCloseTMKFile(void);

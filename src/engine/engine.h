@@ -10,6 +10,7 @@
 #include "engine/model.h"
 #include "engine/workspace.h"
 #include "files/text_file.h"
+#include "files/xml_document.h"
 #include "quellon.h"
 
 namespace quellon {
@@ -44,6 +45,7 @@ struct Engine {
   QuellonWindowMessageFn window_observer = nullptr;
   FileUnits files;
   Workspace ws;
+  XMLDocumentState xml_document;  // elements of the XML output that are open
   bool running = false;  // a run is in progress on this engine
   // What the creation routines ask before they allocate: the bytes that may still be
   // taken. A request above it counts as exhausted memory. Tests put their own in.

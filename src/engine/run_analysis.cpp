@@ -69,6 +69,9 @@ int Calculate(Engine& e, bool& abandoned) {
   abandoned = false;
   if (CreateWorkspace(e) == 0) return 0;
   PrepareGroupGeometry(e);
+  // Two piles whose load points coincide would make the soil matrices divide by zero:
+  // such a model is refused before anything is assembled.
+  if (CheckCoincidentMidpoints(e) == 0) return 0;
   WriteTXTInput(e);
   PileStiffnessesAllPiles(e);
   // Without its modulus table the soil assembly would read an array that isn't there:
@@ -110,6 +113,10 @@ int Calculate(Engine& e, bool& abandoned) {
 // so that the next analysis starts empty, and the host hears how it ended.
 void Finish(Engine& e, int result) {
   ReleaseWorkspace(e);
+  // The outputs stay open for the host; what the run wrote is handed to the system now.
+  e.files.xml.flush();
+  e.files.txt.flush();
+  e.files.log.flush();
   SendInfo(e, "Releasing memory ...");
   ReleaseFoundation(e);
   ReleaseBorehole(e);

@@ -59,3 +59,7 @@ long TMWLineReached(const Engine& e) { return e.files.tmw.lines_read(); }
 extern "C" QUELLON_API int READTMWFILEDIRECT(const char* path260) {
   return quellon::Guarded([&] { return quellon::ReadTMWFile(quellon::TheEngine(), quellon::PaddedPathFromHost(path260)); });
 }
+
+extern "C" QUELLON_API int QuellonGetTMWLineNumber(void) {
+  return quellon::Guarded([] { return static_cast<int>(quellon::TMWLineReached(quellon::TheEngine())); });
+}

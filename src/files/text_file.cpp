@@ -29,6 +29,10 @@ void TextFile::line(std::string_view text) {
   std::fwrite("\r\n", 1, 2, f_);
 }
 
+void TextFile::flush() {
+  if (f_ != nullptr) std::fflush(f_);
+}
+
 bool TextFile::read_line(std::string& out) {
   out.clear();
   if (f_ == nullptr) return false;

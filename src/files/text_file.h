@@ -27,6 +27,8 @@ class TextFile {
 
   // One whole line; the CR LF is added here.
   void line(std::string_view text);
+  // Hands what is buffered to the system, so that a reader sees every line written.
+  void flush();
   // Reads one line without its end (LF or CR LF). False at the end of the file.
   bool read_line(std::string& out);
   // Number of lines read so far, for messages that name where a reader stopped.

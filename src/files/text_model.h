@@ -19,10 +19,6 @@ int WriteTMKUnit(Engine& e, int unit);
 // left in the records.
 int ReadTMWUnit(Engine& e, int unit);
 
-// Closes an open TMK file keeping it, sets TMKUnit to 0 and tells the host; nothing at
-// all when none is open.
-void CloseTMKUnit(Engine& e);
-
 // The opening steps of the exports, on any engine: close an open TMK file, create the
 // path on the TMK unit and write the model; or open the path on the TMW unit, take it as
 // the project's file name and read the model. 1 or 0.

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "engine/capi_guard.h"
+#include "engine/file_units.h"
 #include "engine/engine.h"
 #include "engine/fixed_text.h"
 #include "engine/notify.h"
@@ -204,19 +205,14 @@ int WriteTMKUnit(Engine& e, int unit) {
   // A file without its comments ends in a line "0".
   if (e.project.ExcludeTMKComments) value("0");
 
+  // The file stays open for the host to close; what is written is on disk already.
+  e.files.tmk.flush();
   SendInfo(e, "Finished writing data to TMK output file");
   return 1;
 }
 
-void CloseTMKUnit(Engine& e) {
-  if (e.project.TMKUnit <= 0) return;
-  e.files.tmk.close();
-  e.project.TMKUnit = 0;
-  SendInfo(e, "Closed TMK file");
-}
-
 int CreateTMKFile(Engine& e, const std::string& path) {
-  CloseTMKUnit(e);
+  CloseTMKFile(e);
   if (!e.files.tmk.create(path)) {
     LogLine(e, "Error opening TMK file: " + path);
     e.project.TMKUnit = 0;

@@ -257,6 +257,7 @@ void WriteXMLOutputEnd(Engine& e) {
   if (doc.increment_open) WriteXMLLine(*out, 8, "</Increment>");
   WriteXMLLine(*out, 4, "</Output>");
   out->line("</Tolmark>");
+  out->flush();
   ForgetXMLDocument(e);
   SendInfo(e, "Finished writing data to XML output file");
 }

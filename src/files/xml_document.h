@@ -23,7 +23,7 @@ TextFile* XMLOutput(Engine& e);
 
 // The state of the document that the engine is writing. A new document (the header)
 // starts it afresh and its end forgets it.
-XMLDocumentState& XMLDocument(const Engine& e);
-void ForgetXMLDocument(const Engine& e);
+XMLDocumentState& XMLDocument(Engine& e);
+void ForgetXMLDocument(Engine& e);
 
 }  // namespace quellon

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/engine.h"
+#include "engine/file_units.h"
 #include "files/text_model.h"
 #include "text_model_test_support.h"
 
@@ -17,7 +18,7 @@ using test::ScratchPath;
 std::string Write(Engine& e) {
   const std::string path = ScratchPath("model.tmk");
   EXPECT_EQ(CreateTMKFile(e, path), 1);
-  CloseTMKUnit(e);
+  CloseTMKFile(e);
   return path;
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "engine/engine.h"
+#include "engine/file_units.h"
 #include "files/text_model.h"
 #include "text_model_test_support.h"
 
@@ -19,7 +20,7 @@ using test::SplitLines;
 std::string WriteModel(Engine& e) {
   const std::string path = ScratchPath("model.tmk");
   EXPECT_EQ(CreateTMKFile(e, path), 1);
-  CloseTMKUnit(e);
+  CloseTMKFile(e);
   return ReadBytes(path);
 }
 
@@ -184,7 +185,7 @@ TEST(TextModelWriter, UnitsAndMessages) {
   ASSERT_EQ(CreateTMKFile(e, second), 1);
   EXPECT_EQ(CreateTMKFile(e, ScratchPath("no/such/dir/x.tmk")), 0);
   EXPECT_EQ(e.project.TMKUnit, 0);
-  CloseTMKUnit(e);  // nothing open: no message
+  CloseTMKFile(e);  // nothing open: no message
 
   const std::vector<std::string> expected = {
       "Writing data to TMK file...", "Finished writing data to TMK output file", "Closed TMK file",
