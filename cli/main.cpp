@@ -217,6 +217,8 @@ bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
 }
 
 std::string Fixed(double v, int width, int decimals) {
+  // A value that rounds to zero prints as 0, not as "-0.000".
+  if (std::fabs(v) < 0.5 * std::pow(10.0, -decimals)) v = 0.0;
   char buf[64];
   std::snprintf(buf, sizeof buf, "%*.*f", width, decimals, v);
   return buf;
