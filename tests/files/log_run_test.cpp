@@ -173,10 +173,11 @@ TEST_F(LogRun, EveryLineOfARunToTheAxialCapacityInItsOrder) {
   // yields once, and the run ends at the increment that yields the last of them.
   std::vector<std::vector<std::string>> yields;
   std::set<int> rows;
+  const std::regex yielded(R"(Element (\d+) yielded)");
   for (const std::string& l : body) {
     if (l.rfind("CreateIncrement: ", 0) == 0) yields.emplace_back();
     std::smatch m;
-    if (std::regex_match(l, m, std::regex(R"(Element (\d+) yielded)"))) {
+    if (std::regex_match(l, m, yielded)) {
       ASSERT_FALSE(yields.empty()) << l;
       yields.back().push_back(l);
       const int r = std::atoi(m[1].str().c_str());
