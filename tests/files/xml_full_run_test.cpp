@@ -55,8 +55,8 @@ void Listen(Engine& e) {
   };
 }
 
-// Two piles of three elements in clay over sand; the second pile raked in Y. flags: the
-// report flags set for the whole run.
+// Two piles of three elements in clay over sand under loads in every direction; in the
+// linear run the second pile is raked in Y. flags: the report flags of the whole run.
 void Model(Engine& e, int increments, std::initializer_list<int> flags) {
   ResetProject(e);
   ResetActions(e);
