@@ -1,0 +1,361 @@
+// The TXT report of whole analyses, a linear and a non-linear one with every report flag
+// set, against golden files in the test data. The golden files were checked by hand
+// against the report's layouts when first written; from then on they pin the layout and
+// catch any change of the numbers. What can be checked apart from the engine's own
+// output is checked as well: the pile head loads balance the loads on the cap, the cap
+// totals are the increments added up, and the history tables of the last increment
+// agree with what the host was sent at each increment. On a golden mismatch the actual
+// report is kept in the temporary folder for a diff.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "engine/engine.h"
+#include "engine/model_tables.h"
+#include "engine/notify.h"
+#include "engine/run_analysis.h"
+#include "txt_test_support.h"
+
+namespace quellon {
+namespace {
+
+using testing::ReadBytes;
+using testing::ReadLines;
+using testing::TempFile;
+
+// ---- What the host hears of each increment ----------------------------------------------
+
+// Cap vectors in the internal order: vertical, X, XZ, Y, YZ, twist.
+struct IncrementHeard {
+  double loads[6], moves[6];  // as sent to the host
+  double heads[6];            // the pile head loads, resolved onto the cap
+  double load_inc[6];         // the load of one increment
+};
+
+struct Heard {
+  const Engine* engine = nullptr;
+  std::vector<IncrementHeard> increments;
+  std::vector<std::string> errors;
+} heard;
+
+// Sent in the order X, Y, Z, about X, about Y, about Z.
+void FromSent(const float* const v[6], double out[6]) {
+  const int from[6] = {2, 0, 4, 1, 3, 5};
+  for (int i = 0; i < 6; ++i) out[i] = *v[from[i]];
+}
+
+// The loads at the heads of the piles (cap level, the piles' own axes) resolved into the
+// cap's axes and taken about the centre of the pile heads.
+void HeadLoadsOnTheCap(const Engine& e, double out[6]) {
+  const Foundation& f = e.foundation;
+  const Workspace& w = e.ws;
+  double cx = 0.0, cy = 0.0;
+  for (int p = 1; p <= f.NumberOfPiles; ++p) cx += f.Piles(p).X, cy += f.Piles(p).Y;
+  cx /= f.NumberOfPiles, cy /= f.NumberOfPiles;
+  for (int i = 0; i < 6; ++i) out[i] = 0.0;
+  for (int p = 1; p <= f.NumberOfPiles; ++p) {
+    const Pile& q = f.Piles(p);
+    const double a = q.RakeX * M_PI / 180.0, b = q.RakeY * M_PI / 180.0;
+    const double A = w.PileHeadAxial(p), X = w.PileHeadX(p), Y = w.PileHeadY(p);
+    const double V = std::cos(a) * std::cos(b) * A + std::sin(a) * X + std::sin(b) * Y;
+    const double Hx = std::cos(a) * X - std::sin(a) * A, Hy = std::cos(b) * Y - std::sin(b) * A;
+    const double dx = q.X - cx, dy = q.Y - cy;
+    const double add[6] = {V, Hx, dx * V + w.PileHeadMomentXZ(p), Hy, dy * V + w.PileHeadMomentYZ(p),
+                           w.PileHeadTorque(p) - dy * Hx + dx * Hy};
+    for (int i = 0; i < 6; ++i) out[i] += add[i];
+  }
+}
+
+void Listen(Engine& e) {
+  heard = Heard{};
+  heard.engine = &e;
+  e.callbacks.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
+                                    const float* g) {
+    const float* const v[6] = {a, b, c, d, f, g};
+    heard.increments.emplace_back();
+    FromSent(v, heard.increments.back().loads);
+  };
+  // Sent after the loads, when the totals of the increment are complete.
+  e.callbacks.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d,
+                                            const float* f, const float* g) {
+    ASSERT_FALSE(heard.increments.empty());
+    IncrementHeard& s = heard.increments.back();
+    const float* const v[6] = {a, b, c, d, f, g};
+    FromSent(v, s.moves);
+    HeadLoadsOnTheCap(*heard.engine, s.heads);
+    for (int j = 1; j <= 6; ++j) s.load_inc[j - 1] = heard.engine->ws.CapLoadInc(j);
+  };
+  e.project.MessageCallback = [](const int* severity, const char* text) {
+    if (*severity == kError) heard.errors.emplace_back(text);
+  };
+}
+
+// ---- The models ---------------------------------------------------------------------------
+
+// Project and piles shared by both runs: every report flag but 16, which would hand the
+// solve to the system's LAPACK, whose rounding differs from one build of it to another.
+void Common(Engine& e, int increments, float x2, float y2) {
+  ResetProject(e);
+  ResetActions(e);
+  Project& pr = e.project;
+  for (int i = 1; i <= kFlagCount; ++i) pr.Flags(i) = i == 16 ? 0 : 1;
+  pr.DynamicModel = 0;
+  pr.Year = 2025, pr.Month = 6, pr.Day = 30;
+  pr.NonLinear = increments > 1 ? 1 : 0;
+  ASSERT_EQ(CreatePiles(e, 2), 1);
+  e.foundation.NumberOfElements = 4;
+  for (int p = 1; p <= 2; ++p) {
+    Pile& q = e.foundation.Piles(p);
+    q.Length = 10.0f, q.ShaftDiameter = 0.6f, q.BaseDiameter = 0.6f;
+    q.X = p == 2 ? x2 : 0.0f, q.Y = p == 2 ? y2 : 0.0f;
+    q.EA = q.UnreinforcedEA = 8.0e6f;
+    q.EIx = q.UnreinforcedEIx = q.EIy = q.UnreinforcedEIy = 1.9e5f;
+    q.GJ = q.UnreinforcedGJ = 1.5e5f;
+  }
+}
+
+// Two piles, the second raked in X and reinforced over its upper 4 m, in clay over sand,
+// under loads in all six directions.
+void LinearModel(Engine& e) {
+  Common(e, 1, 2.5f, 0.8f);
+  Project& pr = e.project;
+  pr.Name.assign("Two-pile bent, linear");
+  pr.Description.assign("Whole TXT report of a linear run");
+  pr.Filename.assign("C:\\models\\bent_linear.tmw");
+  pr.InteractionFlag = 3, pr.InteractionDistance = 20.0f;
+  Pile& raked = e.foundation.Piles(2);
+  raked.RakeX = 8.0f, raked.ReinforcedLength = 4.0f;
+  raked.UnreinforcedEA = 5.5e6f;
+  raked.UnreinforcedEIx = raked.UnreinforcedEIy = 1.2e5f;
+  raked.UnreinforcedGJ = 9.0e4f;
+  e.foundation.FreeStandingLength = 0.5f;
+  Borehole& b = e.borehole;
+  ASSERT_EQ(CreateLayers(e, 2), 1);
+  b.DepthToRigidLayer = 25.0f, b.LayerAveraging = 1;
+  Layer& clay = b.Layers(1);
+  clay.Ev = 1.5e4f, clay.dEv = 800.0f, clay.Eh = 1.2e4f, clay.dEh = 600.0f, clay.Poisson = 0.45f;
+  Layer& sand = b.Layers(2);
+  sand.DepthToTop = 6.0f;
+  sand.Ev = 6.0e4f, sand.dEv = 1500.0f, sand.Eh = 5.0e4f, sand.dEh = 1200.0f, sand.Poisson = 0.3f;
+  e.actions = Actions{150.0f, -80.0f, 1800.0f, 60.0f, -120.0f, 25.0f, 1.5f, 0.2f, 1};
+}
+
+// Two vertical piles through four layers, one of each ground type, loaded in increments
+// up to the axial capacity of the group, which it reaches at the last increment. Flag 38
+// is clear, so that the cut-offs of small values stand in the report.
+constexpr int kIncrements = 3;
+void NonLinearModel(Engine& e) {
+  Common(e, kIncrements, 2.0f, 0.0f);
+  Project& pr = e.project;
+  pr.Flags(38) = 0;
+  pr.Name.assign("Two-pile group to failure");
+  pr.Description.assign("Whole TXT report of a non-linear run");
+  pr.Filename.assign("C:\\models\\group_failure.tmw");
+  pr.InteractionFlag = 2;
+  pr.AutoNq = 2, pr.Nq = 25.0f;
+  pr.Rs = 0.5f, pr.Rb = 0.6f, pr.Rl = 0.7f, pr.Rt = 0.8f;
+  pr.LimitingShaftFriction = 120.0f;
+  Borehole& b = e.borehole;
+  ASSERT_EQ(CreateLayers(e, 4), 1);
+  b.Overburden = 10.0f, b.LayerAveraging = 2;
+  const int types[4] = {kDirectValues, kFineSoil, kRock, kCoarseSoil};
+  for (int i = 1; i <= 4; ++i) {
+    Layer& l = b.Layers(i);
+    l.DepthToTop = 2.5f * static_cast<float>(i - 1), l.GroundType = types[i - 1];
+    l.Ev = 2.0e4f * static_cast<float>(i), l.dEv = 500.0f, l.Eh = 1.6e4f * static_cast<float>(i), l.dEh = 400.0f;
+    l.Poisson = 0.3f, l.WeightDensity = 18.0f;
+  }
+  Layer& fill = b.Layers(1);
+  fill.DirectSkinFriction = 30.0f, fill.DirectEndBearing = 800.0f, fill.HasDirectLateral = 1, fill.DirectLateral = 150.0f;
+  Layer& clay = b.Layers(2);
+  clay.cu = 40.0f, clay.dcu = 5.0f, clay.alpha = 0.6f, clay.MaxSkinFriction = 35.0f;
+  Layer& rock = b.Layers(3);
+  rock.qu = 2000.0f, rock.k1 = 0.4f, rock.k2 = 0.5f, rock.k3 = 2.5f, rock.k4 = 0.5f, rock.k5 = 0.5f;
+  rock.MaxBearingPressure = 6000.0f;
+  Layer& sand = b.Layers(4);
+  sand.phi = 34.0f, sand.delta = 28.0f, sand.Ks = 1.0f;
+  e.actions = Actions{900.0f, 0.0f, 7500.0f, 0.0f, 25.0f, 0.0f, 1.0f, 0.0f, kIncrements};
+}
+
+// ---- The report -------------------------------------------------------------------------
+
+// Runs the model in e and returns the lines of its report, compared first with the golden
+// file; the outputs are closed before they are read.
+std::vector<std::string> RunAgainstGolden(Engine& e, const std::string& golden_name) {
+  const TempFile txt(".txt"), xml(".xml");
+  Listen(e);
+  ::testing::internal::CaptureStdout();
+  EXPECT_EQ(RunAnalysis(e, xml.path(), txt.path()), 1);
+  ::testing::internal::GetCapturedStdout();
+  e.files.txt.close();
+  e.files.xml.close();
+  e.project.TXTUnit = e.project.XMLUnit = 0;
+  const std::string actual = ReadBytes(txt.path());
+  const std::string golden_path = std::string(QUELLON_TEST_DATA_DIR) + "/" + golden_name;
+  if (!std::filesystem::exists(golden_path) || ReadBytes(golden_path) != actual) {
+    const std::string keep = (std::filesystem::temp_directory_path() / (golden_name + ".actual")).string();
+    std::ofstream(keep, std::ios::binary) << actual;
+    ADD_FAILURE() << golden_name << " differs from the report; actual text in " << keep;
+  }
+  return ReadLines(txt.path());
+}
+
+std::size_t FindLine(const std::vector<std::string>& lines, const std::string& text, std::size_t from = 0) {
+  for (std::size_t i = from; i < lines.size(); ++i)
+    if (lines[i] == text) return i;
+  return std::string::npos;
+}
+
+// The headings stand in this order, each after the one before, from line `at` on.
+void ExpectInOrder(const std::vector<std::string>& lines, const std::vector<std::string>& headings,
+                   std::size_t& at) {
+  for (const std::string& h : headings) {
+    const std::size_t found = FindLine(lines, h, at);
+    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << h << "\" after line " << at;
+    at = found + 1;
+  }
+}
+
+// The sections of increment i with every report flag set, by the first title of each.
+std::vector<std::string> IncrementOutline(int i, bool non_linear, bool last) {
+  const std::string n = std::to_string(i);
+  std::vector<std::string> h = {std::string(77, '*'), "                          OUTPUT AT INCREMENT    " + n};
+  if (i == 1) h.push_back("G -Initial (elastic) soil flexibility matrix of the group");
+  h.insert(h.end(), {"D -Pile flexibility matrix of the group", "UBCV -boundary condition vectors of the group",
+                     "Traction vectors due to unit displmnt bound. conditions",
+                     "Axial stresses due to unit displmnt bound. conditions",
+                     " Pile-head axial loads due to unit displ. boundary conditions"});
+  if (!non_linear)
+    h.insert(h.end(), {"PILE GROUP STIFFNESS COEFFICIENTS (x10e6):", "PILE GROUP FLEXIBILITY COEFFICIENTS (/10e6):"});
+  h.push_back("Increm. axial pile displacements (at element centre)");
+  if (non_linear)
+    h.insert(h.end(), {"G -Non-linear soil flexib. matrix of the group at increm.no.   " + n,
+                       "G+D -Non-linear soil+pile flexib. matrix of the group after zeroing at increm. no.   " + n});
+  h.insert(h.end(), {" RESULTANT APPLIED LOADS:    ", " INCREMENTAL CAP DISPLACEMENTS :", "RESULTANT RAFT DISPLACEMENTS :"});
+  if (non_linear && last)
+    h.insert(h.end(), {"                  INCREMENT - INCREM. CAP DISPLMNTS",
+                       "                 APPLIED LOADS    -     RESULTANT CAP DISPLMNTS",
+                       "         APPLIED LOADS   -   RESULTANT CAP DISPLMNTS"});
+  h.insert(h.end(), {"Incremental pile shaft shear stresses (and base pressure) :",
+                     " Resultant pile shaft shear stresses (and base pressure) :",
+                     "Resultant pile axial displs (at element centre):"});
+  if (non_linear)
+    h.insert(h.end(), {"Identification state of elements (0=elastic, 1=plastic):",
+                       "Total no. of yielded elements due to torsional stresses=  0"});
+  h.insert(h.end(), {"Incremental axial loads (at top of each element):",
+                     "Resultant pile axial loads (at top of each element):",
+                     "Resultant pile torsional mom. in XY plane (at top of each element):"});
+  return h;
+}
+
+// The head loads balance the cap loads of every increment, and the cap loads reached are
+// the increment's loads added up; to single precision of the vertical load.
+void ExpectEquilibrium() {
+  ASSERT_FALSE(heard.increments.empty());
+  for (std::size_t i = 0; i < heard.increments.size(); ++i) {
+    const IncrementHeard& s = heard.increments[i];
+    for (int j = 0; j < 6; ++j) {
+      const std::string at = "increment " + std::to_string(i + 1) + ", load " + std::to_string(j + 1);
+      EXPECT_NEAR(s.heads[j], s.loads[j], 2e-5 * std::fabs(s.loads[0]) + 1e-3) << at;
+      EXPECT_NEAR(s.loads[j], static_cast<double>(i + 1) * s.load_inc[j], 1e-5 * std::fabs(s.loads[0])) << at;
+    }
+  }
+}
+
+// A printed value against its value: three significant digits in the scientific forms,
+// one decimal for loads; at or below the cut it prints as 0.
+void ExpectPrinted(double printed, double value, double cut, double decimals, const std::string& what) {
+  if (std::fabs(value) <= cut)
+    EXPECT_EQ(printed, 0.0) << what;
+  else
+    EXPECT_NEAR(printed, value, 5e-3 * std::fabs(value) + decimals) << what;
+}
+
+// The three tables of the last increment against what the host was sent: the cap
+// movement of each increment (printed uncut), and the loads and movements reached.
+void ExpectHistoryTables(const std::vector<std::string>& lines) {
+  ASSERT_EQ(heard.increments.size(), static_cast<std::size_t>(kIncrements));
+  const char* const heads[3] = {"                  INCREMENT - INCREM. CAP DISPLMNTS",
+                                "                 APPLIED LOADS    -     RESULTANT CAP DISPLMNTS",
+                                "         APPLIED LOADS   -   RESULTANT CAP DISPLMNTS"};
+  for (int t = 0; t < 3; ++t) {
+    const std::size_t at = FindLine(lines, heads[t]);
+    ASSERT_LT(at + 4 + kIncrements, lines.size()) << heads[t];
+    for (int i = 0; i < kIncrements; ++i) {
+      const IncrementHeard& s = heard.increments[static_cast<std::size_t>(i)];
+      std::istringstream in(lines[at + 5 + static_cast<std::size_t>(i)]);
+      double v[7] = {};
+      for (double& x : v) in >> x;
+      ASSERT_FALSE(in.fail()) << lines[at + 5 + static_cast<std::size_t>(i)];
+      EXPECT_EQ(v[0], i + 1);
+      const std::string what = std::string(heads[t]) + ", increment " + std::to_string(i + 1);
+      for (int j = 0; j < 6 && t == 0; ++j) {
+        const double before = i == 0 ? 0.0 : heard.increments[static_cast<std::size_t>(i - 1)].moves[j];
+        ExpectPrinted(v[1 + j], s.moves[j] - before, -1.0, 0.0, what);
+      }
+      for (int j = 0; j < 3 && t > 0; ++j) {
+        ExpectPrinted(v[1 + j], s.loads[3 * (t - 1) + j], 1e-3, 0.05, what);
+        ExpectPrinted(v[4 + j], s.moves[3 * (t - 1) + j], 1e-6, 0.0, what);
+      }
+    }
+  }
+}
+
+TEST(TXTFullRun, LinearRunWithEveryReportFlag) {
+  Engine e;
+  LinearModel(e);
+  const std::vector<std::string> lines = RunAgainstGolden(e, "txt_run_linear.txt");
+
+  // After the input part, the assembly dumps of both piles, then the one increment, whose
+  // last table ends the report. Nothing of a non-linear run.
+  std::size_t at = FindLine(lines, " Y-coord of assumed group centre of rotation =   0.400");
+  ASSERT_NE(at, std::string::npos);
+  ExpectInOrder(lines,
+                {"Soil stiffness matrix soil_K for pile number     1", "Pile matrix for pile number     1",
+                 "Soil stiffness matrix soil_K for pile number     2", "Pile matrix for pile number     2"},
+                at);
+  ExpectInOrder(lines, IncrementOutline(1, false, true), at);
+  EXPECT_EQ(lines.size(), at + 8);
+  for (const char* absent : {"Limiting pile torsional stresses (kPa):", "due to torsional stresses:",
+                             "                  INCREMENT - INCREM. CAP DISPLMNTS"})
+    EXPECT_EQ(FindLine(lines, absent), std::string::npos) << absent;
+
+  ASSERT_EQ(heard.increments.size(), 1u);
+  ExpectEquilibrium();
+  EXPECT_FLOAT_EQ(heard.increments[0].loads[0], 1800.0f);  // the whole load at once
+}
+
+TEST(TXTFullRun, NonLinearRunToTheAxialCapacity) {
+  Engine e;
+  NonLinearModel(e);
+  const std::vector<std::string> lines = RunAgainstGolden(e, "txt_run_nonlinear.txt");
+
+  // The limits before the assembly dumps (two piles without a reinforced length are never
+  // taken as alike, so both pile matrices print); every increment in turn, the history
+  // tables at the last, and the capacity stop at the end.
+  std::size_t at = FindLine(lines, " Y-coord of assumed group centre of rotation =   0.000");
+  ASSERT_NE(at, std::string::npos);
+  ExpectInOrder(lines,
+                {"Limiting pile shaft shear stresses (& base pressure) (kPa):",
+                 "Limiting pile torsional stresses (kPa):", "Soil stiffness matrix soil_K for pile number     1",
+                 "Pile matrix for pile number     1", "Soil stiffness matrix soil_K for pile number     2",
+                 "Pile matrix for pile number     2"},
+                at);
+  for (int i = 1; i <= kIncrements; ++i) ExpectInOrder(lines, IncrementOutline(i, true, i == kIncrements), at);
+  const std::string stars(72, '*');
+  EXPECT_EQ(std::vector<std::string>(lines.end() - 4, lines.end()),
+            (std::vector<std::string>{stars, "ERROR: Ultimate axial capacity of the group reached at load increment no 3",
+                                      " Please re-run TOLMARK for lower applied loads", stars}));
+
+  EXPECT_EQ(heard.errors, std::vector<std::string>{"Ultimate axial capacity of single pile exceeded after increment 3"});
+  ExpectEquilibrium();
+  ExpectHistoryTables(lines);
+}
+
+}  // namespace
+}  // namespace quellon
