@@ -52,16 +52,6 @@ double StiffnessDifference(const IncrementRecord& a, const IncrementRecord& b) {
   return worst;
 }
 
-// The largest difference of two cap movements, displacements against the largest
-// displacement and rotations against the largest rotation of the first.
-double MovementDifference(const std::array<float, 6>& a, const std::array<float, 6>& b) {
-  const double move = std::max({std::fabs(a[0]), std::fabs(a[1]), std::fabs(a[2])});
-  const double turn = std::max({std::fabs(a[3]), std::fabs(a[4]), std::fabs(a[5])});
-  double worst = 0.0;
-  for (int i = 0; i < 6; ++i) worst = std::max(worst, std::fabs(double(a[i]) - b[i]) / (i < 3 ? move : turn));
-  return worst;
-}
-
 // Compares every value line of every element of two documents: b must equal a times
 // factor, to the four significant digits that the XML prints and its zero cut-offs.
 void ExpectScaledResults(const XmlResults& a, const XmlResults& b, double factor) {

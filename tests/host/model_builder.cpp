@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "host_support.h"
@@ -30,7 +31,7 @@ void EnterModelSpec(const ModelSpec& m) {
   ASSERT_EQ(QuellonSetPileInteractionFlag(1), 1);
   for (int p = 1; p <= piles; ++p) {
     const PileSpec& s = m.piles[static_cast<std::size_t>(p - 1)];
-    const std::string name = "P" + std::to_string(p);
+    const std::string name = std::string("P").append(std::to_string(p));
     ASSERT_EQ(QuellonSetPileName(p, name.c_str(), static_cast<int>(name.size())), 1);
     ASSERT_EQ(QuellonSetPileCoordinates(p, s.x, s.y, 0.0), 1);
     ASSERT_EQ(QuellonSetPileDimensions(p, s.length, s.diameter, 0.0, s.base_diameter), 1);
@@ -185,6 +186,14 @@ RunRecord RunEnteredModel(const std::filesystem::path& dir, const std::string& n
   RunRecord run = Prepare(dir, name, options);
   Execute(run, options);
   return run;
+}
+
+double MovementDifference(const std::array<float, 6>& a, const std::array<float, 6>& b) {
+  const double move = std::max({std::fabs(a[0]), std::fabs(a[1]), std::fabs(a[2])});
+  const double turn = std::max({std::fabs(a[3]), std::fabs(a[4]), std::fabs(a[5])});
+  double worst = 0.0;
+  for (int i = 0; i < 6; ++i) worst = std::max(worst, std::fabs(double(a[i]) - b[i]) / (i < 3 ? move : turn));
+  return worst;
 }
 
 }  // namespace host

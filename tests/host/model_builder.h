@@ -94,4 +94,8 @@ RunRecord RunModel(const ModelSpec& m, const std::filesystem::path& dir, const s
 RunRecord RunEnteredModel(const std::filesystem::path& dir, const std::string& name,
                           const RunOptions& options = {});
 
+// The largest difference of two cap movements, displacements against the largest
+// displacement and rotations against the largest rotation of the first.
+double MovementDifference(const std::array<float, 6>& a, const std::array<float, 6>& b);
+
 }  // namespace host
