@@ -18,6 +18,8 @@ namespace {
 
 using LinearAnalysis = HostTest;
 
+constexpr double kDegree = 3.141592653589793 / 180.0;
+
 PileSpec At(double x, double y) {
   PileSpec p;
   p.x = x;
@@ -121,6 +123,49 @@ TEST_F(LinearAnalysis, SymmetricGroupSettlesWithoutTurningAndPilesShareByPositio
   // Under a rigid cap the outer piles draw the load: corner above edge above centre.
   EXPECT_GT(head[1], head[4]);
   EXPECT_GT(head[0], head[1]);
+}
+
+TEST_F(LinearAnalysis, PileHeadLoadsAtCapLevelBalanceTheCapLoads) {
+  // The cap's stiffness is assembled from the pile head loads of the unit movements
+  // lifted through the free-standing length; the results carry the element loads up each
+  // pile and through the same length on their own road. Both must meet: the head loads of
+  // all piles, turned from each pile's axes into the cap's and taken about the centre,
+  // balance the loads on the cap. Piles raked in X and in Y, all six loads off-centre.
+  std::vector<PileSpec> piles = LShape();
+  piles[1].rake_x = 12.0;
+  piles[3].rake_y = -9.0;
+  ModelSpec m = Group(piles, 6);
+  m.free_length = 1.5;
+  for (int f : {27, 28, 31}) m.SetFlag(f, true);
+  m.fx = 140.0, m.fy = -90.0, m.fz = 3200.0, m.mx = 180.0, m.my = -120.0, m.mz = 70.0, m.x = 0.9, m.y = 1.3;
+  const RunRecord run = RunModel(m, dir, "balance");
+  ASSERT_EQ(run.result, 1);
+  const IncrementRecord& r = run.increments.at(0);
+  const XmlResults xml = ReadXmlResults(run.xml);
+  ASSERT_EQ(xml.piles.size(), 1u);
+  ASSERT_EQ(xml.piles[0].size(), 4u);
+  const double cx = r.centre_xy[0], cy = r.centre_xy[1];
+  // Sums in the order Fx, Fy, Fz, Mx, My, Mz, and the sums of magnitudes for the tolerance.
+  double sum[6] = {}, size[6] = {};
+  auto add = [&](int i, double v) {
+    sum[i] += v;
+    size[i] += std::fabs(v);
+  };
+  for (std::size_t p = 0; p < 4; ++p) {
+    const XmlQuantities& h = xml.piles[0][p].elements[0];
+    const double a = piles[p].rake_x * kDegree, e = piles[p].rake_y * kDegree;
+    const double axial = Value(h, "Force Z"), x = Value(h, "Force X"), y = Value(h, "Force Y");
+    const double v = std::cos(a) * std::cos(e) * axial + std::sin(a) * x + std::sin(e) * y;
+    const double hx = std::cos(a) * x - std::sin(a) * axial, hy = std::cos(e) * y - std::sin(e) * axial;
+    const double dx = piles[p].x - cx, dy = piles[p].y - cy;
+    add(0, hx);
+    add(1, hy);
+    add(2, v);
+    add(3, dy * v), add(3, Value(h, "Moment X"));
+    add(4, dx * v), add(4, Value(h, "Moment Y"));
+    add(5, Value(h, "Moment Z")), add(5, -dy * hx), add(5, dx * hy);
+  }
+  for (int i = 0; i < 6; ++i) EXPECT_NEAR(sum[i], r.load[static_cast<std::size_t>(i)], 2e-3 * size[i] + 0.05) << i;
 }
 
 TEST_F(LinearAnalysis, DoublingEveryLoadDoublesEveryResult) {
