@@ -192,7 +192,10 @@ double MovementDifference(const std::array<float, 6>& a, const std::array<float,
   const double move = std::max({std::fabs(a[0]), std::fabs(a[1]), std::fabs(a[2])});
   const double turn = std::max({std::fabs(a[3]), std::fabs(a[4]), std::fabs(a[5])});
   double worst = 0.0;
-  for (int i = 0; i < 6; ++i) worst = std::max(worst, std::fabs(double(a[i]) - b[i]) / (i < 3 ? move : turn));
+  for (int i = 0; i < 6; ++i) {
+    const double d = std::fabs(double(a[i]) - b[i]);
+    if (d > 0.0) worst = std::max(worst, d / (i < 3 ? move : turn));  // infinite against a zero scale
+  }
   return worst;
 }
 
