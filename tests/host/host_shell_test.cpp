@@ -37,8 +37,8 @@ TEST_F(HostShell, CallsEchoToTheLogAndIndexErrorsStoreNothing) {
       {[] { return QuellonSetActions(10.0, -2.5, 1500.0, 0.0, 12.5, 3.0, 1.25, -0.5); }, 1,
        "SetActions...|    Fx = 10.00, Fy = -2.50, Fz = 1500.00|    Mx = .00, My = 12.50, Mz = 3.00|"
        "    Load, x = 1.25, y = -.50"},
-      // Before the tables every index is out of range; a second table is refused. The
-      // last index of a table is valid.
+      // Before the tables every index is out of range; a second table is refused. Indices
+      // run from 1 to the count.
       {[] { return QuellonSetPileRake(1, 5.0, 0.0); }, 0, "SetPileRake...|Error! Number must be > 0 and < 0. Value = 1"},
       {[] { return QuellonSetBoreholeNumberOfLayers(2); }, 1,
        "SetNumberOfLayers...|Created 2 layers|    Set number of layers = 2"},
@@ -46,8 +46,8 @@ TEST_F(HostShell, CallsEchoToTheLogAndIndexErrorsStoreNothing) {
       {[] { return QuellonSetNumberOfPiles(5); }, 0, "SetNumberOfPiles...|Error creating piles!|[Error] Error creating piles!"},
       {[] { return QuellonSetBoreholeLayerStiffness(2, 15000.0, 250.5, 12000.0, 0.0, 0.35); }, 1,
        "SetLayerStiffness...|    Layer 2, Ev = 15000.0, dEv = 250.5, Eh = 12000.0, dEh = .0, poisson = .35"},
-      {[] { return QuellonSetRockInterfaceParameters(3, 1, 2, 3, 4, 5); }, 0,
-       "SetRockInterfaceParameters...|Error! Number must be > 0 and < 2. Value = 3"},
+      {[] { return QuellonSetRockInterfaceParameters(0, 1, 2, 3, 4, 5); }, 0,
+       "SetRockInterfaceParameters...|Error! Number must be > 0 and < 2. Value = 0"},
       {[] { return QuellonSetRockInterfaceParameters(2, 1, 2, 3, 4, 5); }, 1,
        "SetRockInterfaceParameters...|    Layer 2, k1 = 1.00, k2 = 2.00, k3 = 3.00, k4 = 4.00, k5 = 5.00"},
       {[] { return QuellonSetPileReinforcedSectionProperties(2, 8.0, 2500.0, 190.0, 190.5, 150.0); }, 1,

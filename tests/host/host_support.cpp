@@ -61,7 +61,7 @@ void Enter(const Model& m, bool create_tables) {
   int ok = create_tables ? QuellonSetBoreholeNumberOfLayers(layers) & QuellonSetNumberOfPiles(piles) : 1;
   ok &= QuellonSetProjectFlags(flags, 40) & QuellonSetBoreholeLayerAveraging(2);
   for (int l = 1; l <= layers; ++l) {
-    const LayerSpec& s = m.layers[l - 1];
+    const LayerInput& s = m.layers[l - 1];
     ok &= QuellonSetBoreholeLayerDepth(l, s.depth) & QuellonSetGroundType(l, 2) &
           QuellonSetBoreholeLayerStiffness(l, s.e, s.de, s.e, s.de, 0.3) &
           QuellonSetSoilUndrainedShearStrength(l, s.cu, 0.0) &
@@ -69,7 +69,7 @@ void Enter(const Model& m, bool create_tables) {
   }
   ok &= QuellonSetNumberOfPileElements(m.elements) & QuellonSetPileInteractionFlag(1);
   for (int p = 1; p <= piles; ++p) {
-    const PileSpec& s = m.piles[p - 1];
+    const PileInput& s = m.piles[p - 1];
     ok &= QuellonSetPileCoordinates(p, s.x, s.y, 0.0) & QuellonSetPileRake(p, s.rake_x, s.rake_y) &
           QuellonSetPileDimensions(p, s.length, s.diameter, 0.0, s.diameter) &
           QuellonSetPileReinforcedSectionProperties(p, s.length, s.ea, s.ei, s.ei, s.gj) &

@@ -26,17 +26,17 @@ Lines Messages(const Lines& events, int severity);
 std::size_t Find(const Lines& lines, const std::string& text);
 
 // Setter units: m, degrees, kN, kPa; section stiffnesses in MN and MNm^2.
-struct PileSpec {
+struct PileInput {
   double x = 0.0, y = 0.0, length = 10.0, diameter = 0.6, rake_x = 0.0, rake_y = 0.0;
   double ea = 8000.0, ei = 190.0, gj = 150.0;
 };
 // A layer of fine soil (the only ground used: its limits are simple to work out by hand).
-struct LayerSpec {
+struct LayerInput {
   double depth = 0.0, e = 20000.0, de = 0.0, cu = 50.0, alpha = 0.5;
 };
 struct Model {
-  std::vector<PileSpec> piles{PileSpec{}};
-  std::vector<LayerSpec> layers{LayerSpec{}};
+  std::vector<PileInput> piles{PileInput{}};
+  std::vector<LayerInput> layers{LayerInput{}};
   int elements = 4, increments = 1;
   // The flags set: the LAPACK solver (16), the cap block and its callbacks (25), the pile
   // results in the XML output (27, 28, 31) and the yield counts in the TXT report (29).

@@ -18,7 +18,7 @@ constexpr double kDegree = 3.141592653589793 / 180.0;
 
 // Piles in one clay layer whose modulus grows with depth; by default an irregular group
 // of four in an L, no two pairs alike.
-Model Group(std::vector<PileSpec> piles = {{}, {.x = 3}, {.y = 2}, {.y = 4.5}}, int elements = 5) {
+Model Group(std::vector<PileInput> piles = {{}, {.x = 3}, {.y = 2}, {.y = 4.5}}, int elements = 5) {
   Model m;
   m.piles = piles, m.elements = elements;
   m.layers[0].e = 10000.0, m.layers[0].de = 2000.0;
@@ -151,7 +151,7 @@ TEST_F(LinearAnalysis, MovingOrTurningTheGroupMovesOrTurnsTheResults) {
   m.fx = 100, m.fy = -40, m.fz = 3000, m.mx = 50, m.my = 30, m.mz = 40, m.x = 0.6, m.y = 1.2;
   const Increment a = Only(Analyse(dir, "here", &m));
   Model moved = m;
-  for (PileSpec& p : moved.piles) p.x += 37.25, p.y -= 12.5;
+  for (PileInput& p : moved.piles) p.x += 37.25, p.y -= 12.5;
   moved.x += 37.25, moved.y -= 12.5;
   const Increment b = Only(Analyse(dir, "there", &moved));
   EXPECT_LT(StiffnessDifference(a, b), 1e-5);
@@ -163,7 +163,7 @@ TEST_F(LinearAnalysis, MovingOrTurningTheGroupMovesOrTurnsTheResults) {
   // s(i) s(j) K(t(i), t(j)).
   const int t[7] = {0, 2, 1, 3, 5, 4, 6}, s[7] = {0, -1, 1, 1, 1, -1, 1};
   Model turned = m;
-  for (PileSpec& p : turned.piles) p = {.x = -p.y, .y = p.x};
+  for (PileInput& p : turned.piles) p = {.x = -p.y, .y = p.x};
   turned.fx = -m.fy, turned.fy = m.fx, turned.mx = m.my, turned.my = -m.mx, turned.x = -m.y, turned.y = m.x;
   const Increment c = Only(Analyse(dir, "turned", &turned));
   std::array<float, 6> expected{};

@@ -115,7 +115,7 @@ TEST_F(NonLinearAnalysis, ElasticUnloadingNeedsSixteenElementsAndTheAllowance) {
   };
   auto analyse = [&](int n, bool allowance) {
     Model m = ClayPiles(1, n, 15, 0.0, 0.5);
-    m.fx = 1125.0, m.unloading = allowance;
+    m.fx = 1500.0, m.unloading = allowance;
     Outcome o{Analyse(dir, std::to_string(n) + (allowance ? "on" : "off"), &m)};
     const XmlResults xml = ReadXml(o.run.xml);
     EXPECT_EQ(xml.piles.size(), 15u);
