@@ -1,31 +1,20 @@
-/* A test host written in C: it registers a function for every callback of the engine and
- * for the window message observer, and records each call as one line of text, in the
- * order of arrival. Compiling this file as C proves that quellon.h is a C header. */
+// A test host written in C: compiling it as C proves that quellon.h is a C header. It
+// registers every callback and the window message observer and records each call as a
+// line, in order of arrival, reals at full single precision (%.9g):
+//   "message <severity> <text>"  "counter <i>"  "create <i>"  "window <name> <w> <l>"
+//   "stiffnesses <9 values>"  "matrix <36 values>"  "centre <x> <y>"
+//   "loads <Fx..Mz>"  "displacements <X..rotation about Z>"
 #ifndef HOST_RECORDER_H
 #define HOST_RECORDER_H
-
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-/* Registers every callback and the observer. The registrations' own messages are
- * recorded too. */
-void recorder_register_all(void);
-/* Clears every registration (message callback first, so the "not set" errors reach no
- * one) and the observer. */
-void recorder_unregister_all(void);
-/* Forgets what was recorded. */
+// on = 0 clears every registration. The message callback goes first either way, so that
+// the registrations' own messages are heard and the "not set" errors reach no one.
+void recorder_register_all(int on);
 void recorder_clear(void);
-/* All recorded lines, each ended by '\n'. Lines:
- *   "message <severity> <text>"
- *   "counter <i>"                  "create <i>"
- *   "stiffnesses <k11> ... <k33>"  "matrix <g11> <g66>"
- *   "centre <x> <y>"               "loads <fx> ... <mz>"     "displacements <dx> ... <rz>"
- *   "window <name> <wparam> <lparam>" */
 const char* recorder_text(void);
-
 #ifdef __cplusplus
 }
 #endif
-
 #endif
