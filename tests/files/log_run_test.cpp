@@ -15,7 +15,7 @@
 #include "engine/engine.h"
 #include "engine/model_tables.h"
 #include "quellon.h"
-#include "text_model_test_support.h"
+#include "txt_test_support.h"
 
 namespace quellon {
 namespace {
@@ -39,14 +39,6 @@ void RegisterCallbacks() {
                                             const float* f, const float* g) {
     sent.moves.push_back({*a, *b, *c, *d, *f, *g});
   });
-}
-
-void ClearCallbacks() {
-  QuellonSetCreateIncrementCallback(nullptr);
-  QuellonSetStiffnessMatrixCallback(nullptr);
-  QuellonSetForceDisplacementStiffnessesCallback(nullptr);
-  QuellonSetPileCapLoadsCallback(nullptr);
-  QuellonSetPileCapDisplacementsCallback(nullptr);
 }
 
 constexpr int kPiles = 3, kElements = 2, kIncrements = 4;
@@ -138,7 +130,11 @@ class LogRun : public ::testing::Test {
   }
   void TearDown() override {
     QuellonCloseAllFiles();
-    ClearCallbacks();
+    QuellonSetCreateIncrementCallback(nullptr);
+    QuellonSetStiffnessMatrixCallback(nullptr);
+    QuellonSetForceDisplacementStiffnessesCallback(nullptr);
+    QuellonSetPileCapLoadsCallback(nullptr);
+    QuellonSetPileCapDisplacementsCallback(nullptr);
     Engine& e = TheEngine();
     ReleaseFoundation(e);
     ReleaseBorehole(e);
@@ -151,16 +147,17 @@ TEST_F(LogRun, EveryLineOfARunToTheAxialCapacityInItsOrder) {
   // The model and the callbacks come first, so that the LOG holds the run alone.
   EnterModel();
   RegisterCallbacks();
-  const std::string log = test::ScratchPath("run.log");
-  const std::string xml = test::ScratchPath("run.xml");
-  const std::string txt = test::ScratchPath("run.txt");
+  const testing::TempFile log_file(".log"), xml_file(".xml"), txt_file(".txt");
+  const std::string &log = log_file.path(), &xml = xml_file.path(), &txt = txt_file.path();
   ASSERT_EQ(QuellonCreateLOGFile(log.c_str()), 1);
   ::testing::internal::CaptureStdout();
   ASSERT_EQ(QuellonRunAnalysis2(xml.c_str(), txt.c_str()), 1);
   ::testing::internal::GetCapturedStdout();
   QuellonCloseAllFiles();
 
-  const std::vector<std::string> lines = test::SplitLines(test::ReadBytes(log));
+  // The XML document of a run stopped early by the capacity still parses.
+  EXPECT_TRUE(testing::ParsedXML(xml).ok());
+  const std::vector<std::string> lines = testing::ReadLines(log);
   ASSERT_GE(lines.size(), 8u);
   EXPECT_EQ(lines[0], "QuellonEngine v3.23");
   EXPECT_TRUE(std::regex_match(lines[3], std::regex(R"(LOG file created on \d\d/\d\d/\d{4} at \d\d:\d\d:\d\d)")));

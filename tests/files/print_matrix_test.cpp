@@ -1,3 +1,4 @@
+// The panels of the printed matrices and pile tables: where a wide table is split.
 #include "files/print_matrix.h"
 
 #include <gtest/gtest.h>
@@ -5,29 +6,21 @@
 #include <string>
 #include <vector>
 
+#include "files/print_pile_table.h"
 #include "txt_test_support.h"
 
 namespace quellon {
 namespace {
 
-using testing::OpenLOG;
-using testing::ReadLines;
-using testing::TempFile;
-
-// 3 by 8 with a(i, j) = 10 i + j, so every printed value names its own place.
-RealMatrix EightColumns() {
+TEST(PrintTables, EightColumnsGoInPanelsOfSevenAndOne) {
+  Engine e;
   RealMatrix a;
   a.resize(3, 8);
   for (int j = 1; j <= 8; ++j)
     for (int i = 1; i <= 3; ++i) a(i, j) = static_cast<float>(10 * i + j);
-  return a;
-}
-
-TEST(PrintMatrix, EightColumnsGoInPanelsOfSevenAndOne) {
-  Engine e;
   std::vector<std::string> lines;
   ReportOut out(lines);
-  PrintMatrix(e, out, EightColumns(), 3, 8);
+  PrintMatrix(e, out, a, 3, 8);
   const std::vector<std::string> expected = {
       " of size:    3 X   8",
       " Column:    1         2         3         4         5         6         7",
@@ -42,43 +35,57 @@ TEST(PrintMatrix, EightColumnsGoInPanelsOfSevenAndOne) {
   EXPECT_EQ(lines, expected);
 }
 
-TEST(PrintVector, OneLinePerElementUnderAWideSizeField) {
+TEST(PrintTables, EightPilesGoInPanelsOfSixAndTwo) {
   Engine e;
+  ASSERT_EQ(CreatePiles(e, 8), 1);
+  e.foundation.NumberOfElements = 1;
+  e.foundation.Piles(8).Number = 17;  // a number read from a model file
   RealVector v;
-  v.resize(3);
-  v(1) = 1.0e-7f;
-  v(2) = -1234.5f;
-  v(3) = 0.0f;
+  v.resize(16);  // 100 p + k at row k of pile p, the base row included
+  for (int p = 1; p <= 8; ++p)
+    for (int k = 1; k <= 2; ++k) v((p - 1) * 2 + k) = static_cast<float>(100 * p + k);
   std::vector<std::string> lines;
   ReportOut out(lines);
-  PrintVector(e, out, v, 3);
+  PrintPileTable(e, out, v, true);
   const std::vector<std::string> expected = {
-      " of size:                                 3",
-      "    1    1.00E-07",
-      "    2   -1.23E+03",
-      "    3    0.00E+00",
+      " Pile          1         2         3         4         5         6",
+      " Element ",
+      "    1        1.01E+02  2.01E+02  3.01E+02  4.01E+02  5.01E+02  6.01E+02",
+      "    2        1.02E+02  2.02E+02  3.02E+02  4.02E+02  5.02E+02  6.02E+02",
+      " ",
+      " Pile          7        17",
+      " Element ",
+      "    1        7.01E+02  8.01E+02",
+      "    2        7.02E+02  8.02E+02",
+      " ",
   };
   EXPECT_EQ(lines, expected);
 }
 
-TEST(PrintMatrix, TraceLinesGoToTheLogAndAClosedSinkWritesNothing) {
-  TempFile log(".log");
+TEST(PrintTables, TwentyTwoPilesOfYieldStatesGoInPanelsOfTwentyAndTwo) {
   Engine e;
-  OpenLOG(e, log.path());
-  RealVector v;
-  v.resize(2);
+  ASSERT_EQ(CreatePiles(e, 22), 1);
+  e.foundation.NumberOfElements = 1;
+  LogicalMatrix yielded;
+  yielded.resize(4, 22 * 5);
+  yielded(2, 20 * 2 + 2) = 1;   // pile 21, base, in row 2
+  yielded(2, 2 * 2 + 1) = 1;    // pile 3, element 1
+  yielded(1, 1) = 1;            // row 1 is another direction: not printed
+  yielded(2, 21 * 2 + 1) = -1;  // any non-zero logical is true
   std::vector<std::string> lines;
   ReportOut out(lines);
-  PrintMatrix(e, out, EightColumns(), 3, 8);
-  PrintVector(e, out, v, 2);
-  ReportOut closed;
-  PrintMatrix(e, closed, EightColumns(), 3, 8);
-  PrintVector(e, closed, v, 2);
-  e.files.log.close();
-  const std::vector<std::string> expected = {"PrintMatrix, line 23", "PrintMatrix, line 64"};
-  EXPECT_EQ(ReadLines(log.path()), expected);
-  // Nothing of the numbers reaches the LOG.
-  EXPECT_EQ(lines.size(), 9u + 3u);
+  PrintYieldTable(e, out, yielded, 2, true);
+  const std::vector<std::string> expected = {
+      " Element      1  2  3  4  5  6  7  8  9 10 11 12 13 14 15 16 17 18 19 20",
+      "",
+      "   1        0  0  1  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0",
+      "   2        0  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0  0",
+      " Element     21 22",
+      "",
+      "   1        0  1",
+      "   2        1  0",
+  };
+  EXPECT_EQ(lines, expected);
 }
 
 }  // namespace

@@ -1,41 +1,147 @@
-// Whole sections of the TXT report against golden files in the test data. The golden
-// files were checked line by line against the report's layouts when first written; a
-// change here means a changed report, which hosts and engineers compare by column.
-// On a mismatch the actual text is kept in the temporary folder for a diff.
+// The TXT report written section by section: the lines of a run with every flag clear,
+// the project block, and whole sections against golden files in the test data. The
+// golden files were checked line by line against the report's layouts when first
+// written; a change here means a changed report, which engineers compare by column.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "engine/utilities.h"
 #include "files/reports.h"
 #include "txt_test_support.h"
 
 namespace quellon {
 namespace {
 
+using testing::ExpectGolden;
 using testing::OpenTXT;
-using testing::ReadBytes;
+using testing::ReadLines;
 using testing::SetAllFlags;
 using testing::SmallModel;
 using testing::TempFile;
 
-void ExpectGolden(const std::string& actual_path, const std::string& golden_name) {
-  const std::string golden_path = std::string(QUELLON_TEST_DATA_DIR) + "/" + golden_name;
-  const std::string actual = ReadBytes(actual_path);
-  ASSERT_FALSE(actual.empty());
-  if (!std::filesystem::exists(golden_path) || ReadBytes(golden_path) != actual) {
-    const std::string keep = (std::filesystem::temp_directory_path() / (golden_name + ".actual")).string();
-    std::ofstream(keep, std::ios::binary) << actual;
-    ADD_FAILURE() << golden_name << " differs from the report; actual text in " << keep;
+std::vector<std::string> g_messages;
+
+// Every writer of a run in the driver's order for one increment, with the group
+// coefficient tables t.
+void WholeIncrement(Engine& e, int i, const float t[6][6]) {
+  PrintIncrementHead(e, i);
+  PrintSolveVectors(e);
+  PrintUnitStresses(e);
+  PrintUnitHeadLoads(e);
+  WriteTXTGroupStiffness(e, t);
+  WriteTXTGroupFlexibility(e, t);
+  PrintIncrementalDisplacements(e);
+  PrintNonLinearMatrices(e, i);
+  WriteTXTIncrementResults(e, i);
+}
+
+TEST(TXTReport, AllFlagsClearGiveBannerInputPartAndGroupCentreOnly) {
+  TempFile txt(".txt");
+  Engine e;
+  SmallModel(e, 2, 2, 1);
+  e.borehole.LayerAveraging = 2;
+  e.actions.Fz = 1000.0f, e.actions.Fx = 50.0f, e.actions.Fy = -20.0f, e.actions.Mx = 10.0f, e.actions.Mz = 5.0f;
+  e.actions.X = 1.0f, e.foundation.CentreOfRotationX = 1.0f;
+  OpenTXT(e, txt.path());
+  g_messages.clear();
+  e.project.MessageCallback = [](const int* s, const char* text) { g_messages.push_back(std::to_string(*s) + text); };
+  WriteTXTInput(e);
+  PrintLimitingStresses(e);
+  WriteSinglePileMatrix(e, 1);
+  PrintPileMatrix(e, 1);
+  const float t[6][6] = {};
+  WholeIncrement(e, 1, t);
+  e.files.txt.close();
+  const std::string stars(70, '*');
+  const std::vector<std::string> expected = {
+      stars,
+      " Program  T O L M A R K  ",
+      "",
+      "                   Analysis and design of pile groups & piled rafts ",
+      "",
+      " Version: 3.23",
+      " QuellonEngine - pile group analysis by the boundary element method",
+      " Copyright (c) 2026 the QuellonEngine developers",
+      stars,
+      "",
+      "                    ----- I N P U T -----         ",
+      "",
+      " Scope of the problem:  Pile group with fully-rigid cap",
+      " No. of piles                          =   2",
+      " No. of pile shaft elements per pile   =   2",
+      " Soil model                            =  LINEAR ELASTIC",
+      "",
+      " Pile  Length  Diam.  Diam.  Diam.  Rake Rake   X-coord     Y-coord     Z-coord",
+      "                      (Int)  (Base) (X)  (Y)",
+      "        (m)     (m)     (m)     (m)   (deg) (deg)   (m)         (m)         (m)",
+      "  1    10.0    0.500  0.000  0.500  0.0  0.0   0.000E+00   0.000E+00   0.000E+00",
+      "  2    10.0    0.500  0.000  0.500  0.0  0.0   2.000E+00   0.000E+00   0.000E+00",
+      "",
+      " Pile    Axial     Flexural    Flexural    Torsional",
+      "          EA         EIx         EIy          GJ    ",
+      "  1    5.00E+06    1.00E+05    1.00E+05    8.00E+04",
+      "  2    5.00E+06    1.00E+05    1.00E+05    8.00E+04",
+      "",
+      " Free-standing length of piles (same for all)=  0.000",
+      " Depth to underlying rigid layer             =  None",
+      " Treatment of layered soil                   =  Yamashita et al (1987)",
+      "",
+      " Layer  Depth   Soil mod. Gradient of  Soil mod.  Gradient of  Poisson",
+      "        to top  at top    soil mod.    at top     soil mod.    ratio",
+      "                (axial)   with depth   (lateral)  with depth",
+      "                          (axial)                 (lateral)",
+      "  1      0.0    0.20E+05  0.00E+00     0.20E+05   0.00E+00     0.30",
+      "",
+      " TOTAL APPLIED LOADS ON RAFT:",
+      " Vertical Load              =      1000.0",
+      " Horizontal Load in X-dir   =        50.0",
+      " Moment in XZ plane         =         0.0",
+      " Horizontal Load in Y-dir   =       -20.0",
+      " Moment in YZ plane         =        10.0",
+      " X-coord of Vertical Load   =         1.00",
+      " Y-coord of Vertical Load   =         0.00",
+      " Torque in XY plane         =         5.0",
+      "",
+      "",
+      "                   ----- O U T P U T -----     ",
+      "",
+      " X-coord of assumed group centre of rotation =   1.000",
+      " Y-coord of assumed group centre of rotation =   0.000",
+  };
+  EXPECT_EQ(ReadLines(txt.path()), expected);
+  EXPECT_EQ(g_messages, (std::vector<std::string>{"0Writing input data to TXT output file...",
+                                                  "0Finished writing input data to TXT output file"}));
+}
+
+TEST(TXTReport, ProjectBlockCutsOrPadsTheFileNameToEightyColumns) {
+  const std::string long_name(97, 'n');
+  for (const std::string& name : {long_name, std::string("short.tmw")}) {
+    TempFile txt(".txt");
+    Engine e;
+    SmallModel(e, 1, 1, 1);
+    e.project.Flags(2) = 1;
+    e.project.Name.assign("Pier 7   ");
+    e.project.Description.assign("Final design");
+    e.project.Year = 2024, e.project.Month = 3, e.project.Day = 9;
+    e.project.Filename.assign(name);
+    OpenTXT(e, txt.path());
+    WriteTXTInput(e);
+    e.files.txt.close();
+    std::string field = name.substr(0, 80);
+    field.resize(80, ' ');
+    const auto lines = ReadLines(txt.path());
+    ASSERT_GE(lines.size(), 16u);
+    EXPECT_EQ(std::vector<std::string>(lines.begin() + 9, lines.begin() + 16),
+              (std::vector<std::string>{"", " Project name:  Pier 7", " Description:  Final design", " Date:  2024-03-09",
+                                        " File name:  " + field, "", lines[15]}));
+    EXPECT_EQ(lines[15], "                    ----- I N P U T -----         ");
   }
 }
 
-// Known values of every magnitude and both signs, with some below the cut-offs: value
-// i of a vector is scale * ((37 i + 11 seed) mod 41 - 20) / 7, and every fifth value is
-// 1e-4 of that.
+// Known values of every magnitude and both signs, some below the cut-offs: value i is
+// scale * ((37 i + 11 seed) mod 41 - 20) / 7, and every fifth value 1e-4 of that.
 float Known(int i, int seed, float scale) {
   const float base = static_cast<float>((37 * i + 11 * seed) % 41 - 20) / 7.0f;
   return (i % 5 == 0 ? 1e-4f : 1.0f) * scale * base;
@@ -48,7 +154,8 @@ void Fill(RealMatrix& a, int seed, float scale) {
     for (int i = 1; i <= a.rows(); ++i) a(i, j) = Known(i + 7 * j, seed, scale);
 }
 
-// Two piles, one raked and reinforced, in four layers of the four ground types.
+// Two piles, one raked and reinforced, in four layers of the four ground types, every
+// report flag but 38; and the results of an increment in every array the report reads.
 void Model(Engine& e, int elements, int increments) {
   SmallModel(e, 2, elements, increments);
   Project& pr = e.project;
@@ -56,80 +163,35 @@ void Model(Engine& e, int elements, int increments) {
   pr.Flags(38) = 0;
   pr.Name.assign("Golden test group");
   pr.Description.assign("Two piles, four grounds");
-  pr.Year = 2025;
-  pr.Month = 11;
-  pr.Day = 4;
+  pr.Year = 2025, pr.Month = 11, pr.Day = 4;
   pr.Filename.assign("/projects/golden/two-piles.tmw");
-  pr.InteractionFlag = 2;
-  pr.Rs = 0.9f;
-  pr.Rb = 0.8f;
-  pr.Rl = 0.7f;
-  pr.Rt = 0.6f;
-  pr.ElasticUnloading = 0;
+  pr.InteractionFlag = 2, pr.Rs = 0.9f, pr.Rb = 0.8f, pr.Rl = 0.7f, pr.Rt = 0.6f, pr.ElasticUnloading = 0;
   Pile& p = e.foundation.Piles(2);
-  p.RakeX = 5.0f;
-  p.Y = -1.5f;
-  p.Z = 0.25f;
-  p.InternalDiameter = 0.3f;
-  p.BaseDiameter = 0.9f;
-  p.ReinforcedLength = 6.0f;
-  p.UnreinforcedEA = 2.2e6f;
+  p.RakeX = 5.0f, p.Y = -1.5f, p.Z = 0.25f, p.InternalDiameter = 0.3f, p.BaseDiameter = 0.9f;
+  p.ReinforcedLength = 6.0f, p.UnreinforcedEA = 2.2e6f, p.UnreinforcedGJ = 2.5e4f;
   p.UnreinforcedEIx = p.UnreinforcedEIy = 3.3e4f;
-  p.UnreinforcedGJ = 2.5e4f;
   e.foundation.FreeStandingLength = 0.5f;
-  e.foundation.CentreOfRotationX = 1.0f;
-  e.foundation.CentreOfRotationY = -0.75f;
+  e.foundation.CentreOfRotationX = 1.0f, e.foundation.CentreOfRotationY = -0.75f;
   Borehole& b = e.borehole;
-  b.DepthToRigidLayer = 30.0f;
-  b.Overburden = 12.5f;
-  b.LayerAveraging = 2;
+  b.DepthToRigidLayer = 30.0f, b.Overburden = 12.5f, b.LayerAveraging = 2;
   b.LayerTable.resize(4);
   b.NumberOfLayers = 4;
   const float tops[4] = {0.0f, 2.5f, 8.0f, 15.0f};
   for (int i = 1; i <= 4; ++i) {
     Layer& l = b.Layers(i);
-    l.DepthToTop = tops[i - 1];
-    l.GroundType = i;
-    l.Ev = 1.5e4f * static_cast<float>(i);
-    l.dEv = 250.0f * static_cast<float>(i - 1);
-    l.Eh = 1.2e4f * static_cast<float>(i);
-    l.dEh = 130.0f;
-    l.Poisson = 0.25f + 0.05f * static_cast<float>(i);
-    l.WeightDensity = 17.0f + static_cast<float>(i);
+    const float f = static_cast<float>(i);
+    l.DepthToTop = tops[i - 1], l.GroundType = i, l.Ev = 1.5e4f * f, l.dEv = 250.0f * static_cast<float>(i - 1);
+    l.Eh = 1.2e4f * f, l.dEh = 130.0f, l.Poisson = 0.25f + 0.05f * f, l.WeightDensity = 17.0f + f;
   }
-  b.Layers(1).phi = 32.0f;
-  b.Layers(1).delta = 24.0f;
-  b.Layers(1).Ks = 0.8f;
-  b.Layers(1).MaxSkinFriction = 95.0f;
-  b.Layers(2).cu = 35.0f;
-  b.Layers(2).dcu = 4.0f;
-  b.Layers(2).alpha = 0.6f;
-  b.Layers(3).qu = 12000.0f;
-  b.Layers(3).k1 = 0.3f;
-  b.Layers(3).k2 = 0.5f;
-  b.Layers(3).k3 = 3.0f;
-  b.Layers(3).k4 = 0.5f;
-  b.Layers(3).k5 = 0.9f;
-  b.Layers(3).MaxBearingPressure = 7500.0f;
-  b.Layers(4).DirectSkinFriction = 110.0f;
-  b.Layers(4).DirectEndBearing = 6500.0f;
-  b.Layers(4).HasDirectLateral = 1;
-  b.Layers(4).DirectLateral = 420.0f;
-  Actions& a = e.actions;
-  a.Fz = 2400.0f;
-  a.Fx = 120.0f;
-  a.Fy = -60.0f;
-  a.Mx = 35.0f;
-  a.My = -80.0f;
-  a.Mz = 15.0f;
-  a.X = 1.25f;
-  a.Y = -0.5f;
+  Layer &l1 = b.Layers(1), &l2 = b.Layers(2), &l3 = b.Layers(3), &l4 = b.Layers(4);
+  l1.phi = 32.0f, l1.delta = 24.0f, l1.Ks = 0.8f, l1.MaxSkinFriction = 95.0f;
+  l2.cu = 35.0f, l2.dcu = 4.0f, l2.alpha = 0.6f;
+  l3.qu = 12000.0f, l3.k1 = 0.3f, l3.k2 = 0.5f, l3.k3 = 3.0f, l3.k4 = 0.5f, l3.k5 = 0.9f, l3.MaxBearingPressure = 7500.0f;
+  l4.DirectSkinFriction = 110.0f, l4.DirectEndBearing = 6500.0f, l4.HasDirectLateral = 1, l4.DirectLateral = 420.0f;
+  e.actions = Actions{120.0f, -60.0f, 2400.0f, 35.0f, -80.0f, 15.0f, 1.25f, -0.5f, increments};
   const float inc[6] = {1200.0f, 60.0f, -40.0f, -30.0f, 17.5f, 7.5f};
   for (int i = 1; i <= 6; ++i) e.ws.CapLoadInc(i) = inc[i - 1] * 2.0f / static_cast<float>(increments);
-}
 
-// The results of an increment: every array that the report reads.
-void FillResults(Engine& e) {
   Workspace& w = e.ws;
   int seed = 1;
   for (RealMatrix* m : {&w.G, &w.D, &w.GD, &w.UBCV, &w.Tractions, &w.UnitStressAxial, &w.UnitStressX,
@@ -151,75 +213,51 @@ void FillResults(Engine& e) {
   for (int c = 1; c <= w.Yielded.cols(); ++c)
     for (int r = 1; r <= 4; ++r) w.Yielded(r, c) = (c + r) % 3 == 0 ? 1 : 0;
   Fill(w.pile_D, 99, 1e-4f);
-  w.YieldCountAxial = 3;
-  w.YieldCountX = 4;
-  w.YieldCountY = 0;
-  w.YieldCountTorsion = 2;
+  w.YieldCountAxial = 3, w.YieldCountX = 4, w.YieldCountY = 0, w.YieldCountTorsion = 2;
 }
 
-// The writers of one increment in the driver's order.
-void Increment(Engine& e, int i) {
-  PrintIncrementHead(e, i);
-  PrintSolveVectors(e);
-  PrintUnitStresses(e);
-  PrintUnitHeadLoads(e);
+TEST(TXTReport, SectionsAgainstGoldenFiles) {
   float t[6][6];
   for (int a = 0; a < 6; ++a)
     for (int b = 0; b < 6; ++b) t[a][b] = Known(6 * a + b + 1, 3, 250.0f);
-  WriteTXTGroupStiffness(e, t);
-  WriteTXTGroupFlexibility(e, t);
-  PrintIncrementalDisplacements(e);
-  PrintNonLinearMatrices(e, i);
-  WriteTXTIncrementResults(e, i);
-}
-
-TEST(TXTGolden, InputPartOfANonLinearModel) {
-  TempFile txt(".txt");
-  Engine e;
-  Model(e, 2, 4);
-  OpenTXT(e, txt.path());
-  WriteTXTInput(e);
-  e.files.txt.close();
-  ExpectGolden(txt.path(), "txt_input_nonlinear.txt");
-}
-
-int CountLines(const std::vector<std::string>& lines, const std::string& text) {
-  int n = 0;
-  for (const std::string& l : lines) n += l == text ? 1 : 0;
-  return n;
-}
-
-TEST(TXTGolden, AssemblyDumpsAndTheLastIncrementOfANonLinearRun) {
-  TempFile txt(".txt");
-  TempFile log(".log");
-  Engine e;
-  Model(e, 2, 2);
-  FillResults(e);
-  OpenTXT(e, txt.path());
-  testing::OpenLOG(e, log.path());
-  PrintLimitingStresses(e);
-  WriteSinglePileMatrix(e, 2);
-  PrintPileMatrix(e, 2);
-  Increment(e, 2);
-  e.files.txt.close();
-  e.files.log.close();
-  ExpectGolden(txt.path(), "txt_increment_nonlinear.txt");
-  // The numbers go to the report; the LOG gets one trace line per matrix and vector.
-  const auto trace = testing::ReadLines(log.path());
-  EXPECT_EQ(CountLines(trace, "PrintMatrix, line 23"), 2 + 1 + 2 + 4 + 6 + 2);
-  EXPECT_EQ(CountLines(trace, "PrintMatrix, line 64"), 4);
-  EXPECT_EQ(trace.size(), 21u);
-}
-
-TEST(TXTGolden, IncrementOfALinearRun) {
-  TempFile txt(".txt");
-  Engine e;
-  Model(e, 1, 1);
-  FillResults(e);
-  OpenTXT(e, txt.path());
-  Increment(e, 1);
-  e.files.txt.close();
-  ExpectGolden(txt.path(), "txt_increment_linear.txt");
+  {
+    TempFile txt(".txt");
+    Engine e;
+    Model(e, 2, 4);
+    OpenTXT(e, txt.path());
+    WriteTXTInput(e);
+    e.files.txt.close();
+    ExpectGolden(txt.path(), "txt_input_nonlinear.txt");
+  }
+  {
+    // The assembly dumps and the last increment of a non-linear run; the numbers go to
+    // the report, the LOG gets one trace line per matrix and vector.
+    TempFile txt(".txt"), log(".log");
+    Engine e;
+    Model(e, 2, 2);
+    OpenTXT(e, txt.path());
+    testing::OpenLOG(e, log.path());
+    PrintLimitingStresses(e);
+    WriteSinglePileMatrix(e, 2);
+    PrintPileMatrix(e, 2);
+    WholeIncrement(e, 2, t);
+    e.files.txt.close();
+    e.files.log.close();
+    ExpectGolden(txt.path(), "txt_increment_nonlinear.txt");
+    const auto trace = ReadLines(log.path());
+    EXPECT_EQ(std::count(trace.begin(), trace.end(), "PrintMatrix, line 23"), 17);
+    EXPECT_EQ(std::count(trace.begin(), trace.end(), "PrintMatrix, line 64"), 4);
+    EXPECT_EQ(trace.size(), 21u);
+  }
+  {
+    TempFile txt(".txt");
+    Engine e;
+    Model(e, 1, 1);
+    OpenTXT(e, txt.path());
+    WholeIncrement(e, 1, t);
+    e.files.txt.close();
+    ExpectGolden(txt.path(), "txt_increment_linear.txt");
+  }
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
-// Shared set-up of the TXT report tests: a small model in a test's own engine, the TXT
-// and LOG units opened on temporary files, and the lines read back.
+// Shared set-up of the file tests: scratch files, lines read back, golden files, small
+// models filled straight into the records, and a parsed XML document.
 #pragma once
 
 #include <gtest/gtest.h>
+#include <libxml/parser.h>
+#include <libxml/xpath.h>
 
 #include <filesystem>
 #include <fstream>
@@ -16,8 +18,7 @@
 
 namespace quellon::testing {
 
-// A file in the system's temporary folder, unique to the running test, removed at the
-// end of the test.
+// A file in the temporary folder, named after the running test, removed at its end.
 class TempFile {
  public:
   explicit TempFile(const std::string& suffix) {
@@ -37,20 +38,21 @@ class TempFile {
   std::string path_;
 };
 
-// The whole file as bytes.
 inline std::string ReadBytes(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::stringstream s;
   s << in.rdbuf();
   return s.str();
 }
+inline void WriteBytes(const std::string& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
 
 // The lines of a file written with CR LF ends. A line without its CR LF fails the test.
 inline std::vector<std::string> ReadLines(const std::string& path) {
   const std::string bytes = ReadBytes(path);
   std::vector<std::string> lines;
-  std::size_t start = 0;
-  while (start < bytes.size()) {
+  for (std::size_t start = 0; start < bytes.size();) {
     const std::size_t end = bytes.find("\r\n", start);
     if (end == std::string::npos) {
       ADD_FAILURE() << "line without CR LF at byte " << start << " of " << path;
@@ -62,6 +64,24 @@ inline std::vector<std::string> ReadLines(const std::string& path) {
   }
   return lines;
 }
+inline std::string JoinLines(const std::vector<std::string>& lines, std::size_t count = std::string::npos) {
+  std::string s;
+  for (std::size_t i = 0; i < lines.size() && i < count; ++i) s += lines[i] + "\r\n";
+  return s;
+}
+
+// The file against a golden file of the test data; on a mismatch the actual text is kept
+// in the temporary folder for a diff.
+inline void ExpectGolden(const std::string& actual_path, const std::string& golden_name) {
+  const std::string golden = std::string(QUELLON_TEST_DATA_DIR) + "/" + golden_name;
+  const std::string actual = ReadBytes(actual_path);
+  ASSERT_FALSE(actual.empty());
+  if (!std::filesystem::exists(golden) || ReadBytes(golden) != actual) {
+    const std::string keep = (std::filesystem::temp_directory_path() / (golden_name + ".actual")).string();
+    WriteBytes(keep, actual);
+    ADD_FAILURE() << golden_name << " differs from the report; actual text in " << keep;
+  }
+}
 
 inline void OpenTXT(Engine& e, const std::string& path) {
   ASSERT_TRUE(e.files.txt.create(path));
@@ -72,8 +92,12 @@ inline void OpenLOG(Engine& e, const std::string& path) {
   e.project.LOGUnit = kLOGUnit;
 }
 
-// A model of P vertical piles of n elements in one layer, reset values in force, and
-// its workspace. Piles stand on a line along X, 2 m apart.
+inline void SetAllFlags(Project& p, bool on) {
+  for (int i = 1; i <= kFlagCount; ++i) p.Flags(i) = on ? 1 : 0;
+}
+
+// P vertical piles of n elements, 2 m apart along X, in one layer; reset values in
+// force, and the workspace.
 inline void SmallModel(Engine& e, int piles, int elements, int increments) {
   ResetProject(e);
   ResetActions(e);
@@ -84,25 +108,101 @@ inline void SmallModel(Engine& e, int piles, int elements, int increments) {
   e.foundation.NumberOfElements = elements;
   for (int p = 1; p <= piles; ++p) {
     Pile& q = e.foundation.Piles(p);
-    q.Length = 10.0f;
-    q.ShaftDiameter = 0.5f;
-    q.BaseDiameter = 0.5f;
-    q.X = 2.0f * static_cast<float>(p - 1);
+    q.Length = 10.0f, q.ShaftDiameter = q.BaseDiameter = 0.5f, q.X = 2.0f * static_cast<float>(p - 1);
     q.EA = q.UnreinforcedEA = 5.0e6f;
-    q.EIx = q.UnreinforcedEIx = 1.0e5f;
-    q.EIy = q.UnreinforcedEIy = 1.0e5f;
+    q.EIx = q.UnreinforcedEIx = q.EIy = q.UnreinforcedEIy = 1.0e5f;
     q.GJ = q.UnreinforcedGJ = 8.0e4f;
   }
   ASSERT_EQ(CreateLayers(e, 1), 1);
   Layer& l = e.borehole.Layers(1);
-  l.Ev = l.Eh = 2.0e4f;
-  l.Poisson = 0.3f;
-  l.GroundType = kFineSoil;
+  l.Ev = l.Eh = 2.0e4f, l.Poisson = 0.3f, l.GroundType = kFineSoil;
   ASSERT_EQ(CreateWorkspace(e), 1);
 }
 
-inline void SetAllFlags(Project& p, bool on) {
-  for (int i = 1; i <= kFlagCount; ++i) p.Flags(i) = on ? 1 : 0;
+// A model that touches every line of the text model file: three piles (one reinforced,
+// one plain, one raked both ways), four layers of the four ground types, custom Nq and
+// interaction distance. Values are exact in the file's number forms.
+inline void FillSampleModel(Engine& e, int increments) {
+  Project& pr = e.project;
+  pr.Name.assign("Jetty 4 \xE9tage, bent B");
+  pr.Description.assign("Sample model for the file tests");
+  pr.Year = 2024, pr.Month = 3, pr.Day = 7;
+  pr.Filename.assign("C:\\jobs\\jetty4.tmw");
+  for (int i : {1, 2, 16, 25, 38}) pr.Flags(i) = 1;
+  pr.DynamicModel = 1, pr.NonLinear = increments > 1 ? 1 : 0;
+  pr.InteractionFlag = 3, pr.InteractionDistance = 12.5f, pr.AutoNq = 2, pr.Nq = 30.0f;
+  pr.LimitingShaftFriction = 150.0f, pr.LimitingBearingPressure = 4500.0f;
+  pr.Rs = 0.5f, pr.Rb = 0.9f, pr.Rl = 0.25f, pr.Rt = 0.0f, pr.ElasticUnloading = 1;
+  e.actions = Actions{100.0f, -50.5f, 2500.0f, 10.0f, -20.25f, 5.0f, 0.125f, -0.5f, increments};
+  Foundation& fd = e.foundation;
+  CreatePiles(e, 3);
+  fd.NumberOfElements = 4, fd.CapStiffness = 1, fd.FreeStandingLength = 1.25f;
+  for (int p = 1; p <= 3; ++p) {
+    Pile& q = fd.Piles(p);
+    q.Name.assign(std::string("Pile ") + static_cast<char>('A' + p - 1));
+    q.Length = 12.0f, q.ShaftDiameter = q.BaseDiameter = 0.6f, q.X = -1.5f + 1.5f * static_cast<float>(p - 1);
+    q.Z = 0.25f, q.EA = q.UnreinforcedEA = 2500000.0f, q.GJ = q.UnreinforcedGJ = 57700.0f;
+    q.EIx = q.UnreinforcedEIx = q.EIy = q.UnreinforcedEIy = 75000.0f;
+  }
+  Pile& r = fd.Piles(1);
+  r.ReinforcedLength = 8.5f, r.UnreinforcedEA = 1200000.0f, r.UnreinforcedGJ = 27700.0f;
+  r.UnreinforcedEIx = r.UnreinforcedEIy = 36000.0f;
+  fd.Piles(3).RakeX = 5.0f, fd.Piles(3).RakeY = -5.0f, fd.Piles(3).InternalDiameter = 0.45f;
+  Borehole& bh = e.borehole;
+  CreateLayers(e, 4);
+  bh.DepthToRigidLayer = 30.0f, bh.Overburden = 12.5f, bh.LayerAveraging = 2;
+  const char* names[4] = {"Sand", "Clay", "Mudstone", "Fill"};
+  const char* grounds[4] = {"Loose sand", "Soft clay", "Weak rock", "Direct values"};
+  for (int i = 1; i <= 4; ++i) {
+    Layer& l = bh.Layers(i);
+    const float f = static_cast<float>(i);
+    l.Name.assign(names[i - 1]), l.GroundName.assign(grounds[i - 1]);
+    l.DepthToTop = 5.0f * (f - 1.0f), l.Ev = 20000.0f * f, l.dEv = 1000.0f, l.Eh = 15000.0f * f, l.dEh = 750.5f;
+    l.Poisson = 0.3f, l.GroundType = i, l.WeightDensity = 18.5f;
+    l.MaxSkinFriction = i == 2 ? 80.0f : 0.0f, l.MaxBearingPressure = i == 3 ? 9000.0f : 0.0f;
+  }
+  Layer &sand = bh.Layers(1), &clay = bh.Layers(2), &rock = bh.Layers(3), &direct = bh.Layers(4);
+  sand.phi = 32.0f, sand.delta = 24.5f, sand.Ks = 0.8f;
+  clay.cu = 25.0f, clay.dcu = 2.5f, clay.alpha = 0.6f;
+  rock.qu = 5000.0f, rock.k1 = rock.k2 = 0.5f, rock.k3 = 1.25f, rock.k4 = 0.75f, rock.k5 = 1.5f;
+  direct.DirectSkinFriction = 150.0f, direct.DirectEndBearing = 5000.0f;
+  direct.HasDirectLateral = 1, direct.DirectLateral = 300.0f;
 }
+
+// A document read by libxml2, with XPath string(), number() and count().
+class ParsedXML {
+ public:
+  explicit ParsedXML(const std::string& path)
+      : doc_(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {}
+  ParsedXML(const ParsedXML&) = delete;
+  ParsedXML& operator=(const ParsedXML&) = delete;
+  ~ParsedXML() {
+    if (doc_ != nullptr) xmlFreeDoc(doc_);
+  }
+  bool ok() const { return doc_ != nullptr; }
+  std::string Text(const std::string& xpath) const {
+    xmlXPathObjectPtr r = Eval("string(" + xpath + ")");
+    std::string s = r != nullptr && r->stringval != nullptr ? reinterpret_cast<const char*>(r->stringval) : "";
+    xmlXPathFreeObject(r);
+    return s;
+  }
+  double Number(const std::string& xpath) const {
+    xmlXPathObjectPtr r = Eval("number(" + xpath + ")");
+    const double v = r != nullptr ? r->floatval : 0.0 / 0.0;
+    xmlXPathFreeObject(r);
+    return v;
+  }
+  int Count(const std::string& xpath) const { return static_cast<int>(Number("count(" + xpath + ")")); }
+
+ private:
+  xmlXPathObjectPtr Eval(const std::string& expr) const {
+    if (doc_ == nullptr) return nullptr;
+    xmlXPathContextPtr ctx = xmlXPathNewContext(doc_);
+    xmlXPathObjectPtr r = xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expr.c_str()), ctx);
+    xmlXPathFreeContext(ctx);
+    return r;
+  }
+  xmlDocPtr doc_;
+};
 
 }  // namespace quellon::testing
