@@ -25,9 +25,8 @@ using testing::TempFile;
 
 // Cap vectors in the internal order: vertical, X, XZ, Y, YZ, twist.
 struct IncrementHeard {
-  double loads[6], moves[6];  // as sent to the host
-  double heads[6];            // the pile head loads, resolved onto the cap
-  double load_inc[6];         // the load of one increment
+  // As sent to the host; the pile head loads resolved onto the cap; the load of one increment.
+  double loads[6], moves[6], heads[6], load_inc[6];
 };
 
 struct Heard {
@@ -95,18 +94,14 @@ void Common(Engine& e, int increments, float x2, float y2) {
   ResetActions(e);
   Project& pr = e.project;
   for (int i = 1; i <= kFlagCount; ++i) pr.Flags(i) = i == 16 ? 0 : 1;
-  pr.DynamicModel = 0;
-  pr.Year = 2025, pr.Month = 6, pr.Day = 30;
-  pr.NonLinear = increments > 1 ? 1 : 0;
+  pr.DynamicModel = 0, pr.Year = 2025, pr.Month = 6, pr.Day = 30, pr.NonLinear = increments > 1 ? 1 : 0;
   ASSERT_EQ(CreatePiles(e, 2), 1);
   e.foundation.NumberOfElements = 4;
   for (int p = 1; p <= 2; ++p) {
     Pile& q = e.foundation.Piles(p);
-    q.Length = 10.0f, q.ShaftDiameter = 0.6f, q.BaseDiameter = 0.6f;
-    q.X = p == 2 ? x2 : 0.0f, q.Y = p == 2 ? y2 : 0.0f;
-    q.EA = q.UnreinforcedEA = 8.0e6f;
+    q.Length = 10.0f, q.ShaftDiameter = 0.6f, q.BaseDiameter = 0.6f, q.X = p == 2 ? x2 : 0.0f, q.Y = p == 2 ? y2 : 0.0f;
+    q.EA = q.UnreinforcedEA = 8.0e6f, q.GJ = q.UnreinforcedGJ = 1.5e5f;
     q.EIx = q.UnreinforcedEIx = q.EIy = q.UnreinforcedEIy = 1.9e5f;
-    q.GJ = q.UnreinforcedGJ = 1.5e5f;
   }
 }
 
@@ -115,24 +110,19 @@ void Common(Engine& e, int increments, float x2, float y2) {
 void LinearModel(Engine& e) {
   Common(e, 1, 2.5f, 0.8f);
   Project& pr = e.project;
-  pr.Name.assign("Two-pile bent, linear");
-  pr.Description.assign("Whole TXT report of a linear run");
+  pr.Name.assign("Two-pile bent, linear"), pr.Description.assign("Whole TXT report of a linear run");
   pr.Filename.assign("C:\\models\\bent_linear.tmw");
   pr.InteractionFlag = 3, pr.InteractionDistance = 20.0f;
   Pile& raked = e.foundation.Piles(2);
-  raked.RakeX = 8.0f, raked.ReinforcedLength = 4.0f;
-  raked.UnreinforcedEA = 5.5e6f;
+  raked.RakeX = 8.0f, raked.ReinforcedLength = 4.0f, raked.UnreinforcedEA = 5.5e6f, raked.UnreinforcedGJ = 9.0e4f;
   raked.UnreinforcedEIx = raked.UnreinforcedEIy = 1.2e5f;
-  raked.UnreinforcedGJ = 9.0e4f;
   e.foundation.FreeStandingLength = 0.5f;
   Borehole& b = e.borehole;
   ASSERT_EQ(CreateLayers(e, 2), 1);
   b.DepthToRigidLayer = 25.0f, b.LayerAveraging = 1;
-  Layer& clay = b.Layers(1);
+  Layer &clay = b.Layers(1), &sand = b.Layers(2);
   clay.Ev = 1.5e4f, clay.dEv = 800.0f, clay.Eh = 1.2e4f, clay.dEh = 600.0f, clay.Poisson = 0.45f;
-  Layer& sand = b.Layers(2);
-  sand.DepthToTop = 6.0f;
-  sand.Ev = 6.0e4f, sand.dEv = 1500.0f, sand.Eh = 5.0e4f, sand.dEh = 1200.0f, sand.Poisson = 0.3f;
+  sand.DepthToTop = 6.0f, sand.Ev = 6.0e4f, sand.dEv = 1500.0f, sand.Eh = 5.0e4f, sand.dEh = 1200.0f, sand.Poisson = 0.3f;
   e.actions = Actions{150.0f, -80.0f, 1800.0f, 60.0f, -120.0f, 25.0f, 1.5f, 0.2f, 1};
 }
 
@@ -143,32 +133,25 @@ constexpr int kIncrements = 3;
 void NonLinearModel(Engine& e) {
   Common(e, kIncrements, 2.0f, 0.0f);
   Project& pr = e.project;
-  pr.Flags(38) = 0;
-  pr.Name.assign("Two-pile group to failure");
-  pr.Description.assign("Whole TXT report of a non-linear run");
+  pr.Name.assign("Two-pile group to failure"), pr.Description.assign("Whole TXT report of a non-linear run");
   pr.Filename.assign("C:\\models\\group_failure.tmw");
-  pr.InteractionFlag = 2;
-  pr.AutoNq = 2, pr.Nq = 25.0f;
+  pr.Flags(38) = 0, pr.InteractionFlag = 2, pr.AutoNq = 2, pr.Nq = 25.0f, pr.LimitingShaftFriction = 120.0f;
   pr.Rs = 0.5f, pr.Rb = 0.6f, pr.Rl = 0.7f, pr.Rt = 0.8f;
-  pr.LimitingShaftFriction = 120.0f;
   Borehole& b = e.borehole;
   ASSERT_EQ(CreateLayers(e, 4), 1);
   b.Overburden = 10.0f, b.LayerAveraging = 2;
   const int types[4] = {kDirectValues, kFineSoil, kRock, kCoarseSoil};
   for (int i = 1; i <= 4; ++i) {
     Layer& l = b.Layers(i);
-    l.DepthToTop = 2.5f * static_cast<float>(i - 1), l.GroundType = types[i - 1];
-    l.Ev = 2.0e4f * static_cast<float>(i), l.dEv = 500.0f, l.Eh = 1.6e4f * static_cast<float>(i), l.dEh = 400.0f;
-    l.Poisson = 0.3f, l.WeightDensity = 18.0f;
+    const float f = static_cast<float>(i);
+    l.DepthToTop = 2.5f * (f - 1.0f), l.GroundType = types[i - 1], l.Ev = 2.0e4f * f, l.dEv = 500.0f;
+    l.Eh = 1.6e4f * f, l.dEh = 400.0f, l.Poisson = 0.3f, l.WeightDensity = 18.0f;
   }
-  Layer& fill = b.Layers(1);
+  Layer &fill = b.Layers(1), &clay = b.Layers(2), &rock = b.Layers(3), &sand = b.Layers(4);
   fill.DirectSkinFriction = 30.0f, fill.DirectEndBearing = 800.0f, fill.HasDirectLateral = 1, fill.DirectLateral = 150.0f;
-  Layer& clay = b.Layers(2);
   clay.cu = 40.0f, clay.dcu = 5.0f, clay.alpha = 0.6f, clay.MaxSkinFriction = 35.0f;
-  Layer& rock = b.Layers(3);
   rock.qu = 2000.0f, rock.k1 = 0.4f, rock.k2 = 0.5f, rock.k3 = 2.5f, rock.k4 = 0.5f, rock.k5 = 0.5f;
   rock.MaxBearingPressure = 6000.0f;
-  Layer& sand = b.Layers(4);
   sand.phi = 34.0f, sand.delta = 28.0f, sand.Ks = 1.0f;
   e.actions = Actions{900.0f, 0.0f, 7500.0f, 0.0f, 25.0f, 0.0f, 1.0f, 0.0f, kIncrements};
 }
