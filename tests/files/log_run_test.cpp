@@ -17,30 +17,7 @@
 namespace quellon {
 namespace {
 
-struct Sent {
-  std::vector<std::array<float, 9>> stiffness;  // per increment
-  std::vector<std::array<float, 6>> loads, moves;
-} sent;
-
-using Six = void (*)(const float*, const float*, const float*, const float*, const float*, const float*);
-void SetCallbacks(bool on) {
-  QuellonSetCreateIncrementCallback(on ? +[](const int*) {} : nullptr);
-  QuellonSetStiffnessMatrixCallback(on ? +[](const float*) {} : nullptr);
-  QuellonSetForceDisplacementStiffnessesCallback(
-      on ? +[](const float* a, const float* b, const float* c, const float* d, const float* f, const float* g,
-               const float* h, const float* i, const float* j) {
-        sent.stiffness.push_back({*a, *b, *c, *d, *f, *g, *h, *i, *j});
-      }
-         : nullptr);
-  const Six loads = [](const float* a, const float* b, const float* c, const float* d, const float* f, const float* g) {
-    sent.loads.push_back({*a, *b, *c, *d, *f, *g});
-  };
-  const Six moves = [](const float* a, const float* b, const float* c, const float* d, const float* f, const float* g) {
-    sent.moves.push_back({*a, *b, *c, *d, *f, *g});
-  };
-  QuellonSetPileCapLoadsCallback(on ? loads : nullptr);
-  QuellonSetPileCapDisplacementsCallback(on ? moves : nullptr);
-}
+using testing::sent;
 
 constexpr int kPiles = 3, kIncrements = 4, kAxialRows = 3 * kPiles;  // two elements and the base
 
@@ -108,10 +85,9 @@ std::vector<std::string> IncrementLines(int i, const std::vector<std::string>& y
 
 TEST(LogRun, EveryLineOfARunToTheAxialCapacityInItsOrder) {
   ASSERT_EQ(TheEngine().foundation.NumberOfPiles, 0) << "another test left a model behind";
-  sent = Sent{};
   // The model and the callbacks come first, so that the LOG holds the run alone.
   EnterModel();
-  SetCallbacks(true);
+  testing::SetHostCallbacks(true);
   const testing::TempFile log_file(".log"), xml_file(".xml"), txt_file(".txt");
   const std::string &log = log_file.path(), &xml = xml_file.path(), &txt = txt_file.path();
   ASSERT_EQ(QuellonCreateLOGFile(log.c_str()), 1);
@@ -119,7 +95,7 @@ TEST(LogRun, EveryLineOfARunToTheAxialCapacityInItsOrder) {
   const int result = QuellonRunAnalysis2(xml.c_str(), txt.c_str());
   ::testing::internal::GetCapturedStdout();
   QuellonCloseAllFiles();
-  SetCallbacks(false);
+  testing::SetHostCallbacks(false);
   ASSERT_EQ(result, 1);
   EXPECT_TRUE(testing::ParsedXML(xml).ok());  // the document of a run stopped early parses
 

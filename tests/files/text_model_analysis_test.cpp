@@ -4,7 +4,6 @@
 // a host would, and leaves it as it found it.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <string>
 #include <vector>
 
@@ -14,39 +13,18 @@
 namespace quellon {
 namespace {
 
-// Every result the host is sent during one run, in order.
-struct Sent {
-  std::vector<int> increments;
-  std::vector<std::array<float, 36>> grmat;
-  std::vector<std::array<float, 6>> loads, moves;
-  bool operator==(const Sent&) const = default;
-} sent;
-
-void SetCallbacks(bool on) {
-  QuellonSetCreateIncrementCallback(on ? +[](const int* i) { sent.increments.push_back(*i); } : nullptr);
-  QuellonSetStiffnessMatrixCallback(on ? +[](const float* g) {
-    sent.grmat.emplace_back();
-    std::copy(g, g + 36, sent.grmat.back().begin());
-  } : nullptr);
-  QuellonSetPileCapLoadsCallback(on ? +[](const float* a, const float* b, const float* c, const float* d,
-                                         const float* f, const float* g) {
-    sent.loads.push_back({*a, *b, *c, *d, *f, *g});
-  } : nullptr);
-  QuellonSetPileCapDisplacementsCallback(on ? +[](const float* a, const float* b, const float* c, const float* d,
-                                                 const float* f, const float* g) {
-    sent.moves.push_back({*a, *b, *c, *d, *f, *g});
-  } : nullptr);
-}
+using testing::Sent;
+using testing::sent;
 
 class TextModelAnalysis : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(TheEngine().foundation.NumberOfPiles, 0) << "another test left a model behind";
-    SetCallbacks(true);
+    testing::SetHostCallbacks(true);
   }
   void TearDown() override {
     QuellonCloseAllFiles();
-    SetCallbacks(false);
+    testing::SetHostCallbacks(false);
     Engine& e = TheEngine();
     ReleaseFoundation(e);
     ReleaseBorehole(e);

@@ -6,6 +6,7 @@
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -15,6 +16,7 @@
 #include "engine/engine.h"
 #include "engine/model_tables.h"
 #include "engine/workspace.h"
+#include "quellon.h"
 
 namespace quellon::testing {
 
@@ -176,33 +178,57 @@ class ParsedXML {
       : doc_(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {}
   ParsedXML(const ParsedXML&) = delete;
   ParsedXML& operator=(const ParsedXML&) = delete;
-  ~ParsedXML() {
-    if (doc_ != nullptr) xmlFreeDoc(doc_);
-  }
+  ~ParsedXML() { xmlFreeDoc(doc_); }
   bool ok() const { return doc_ != nullptr; }
-  std::string Text(const std::string& xpath) const {
-    xmlXPathObjectPtr r = Eval("string(" + xpath + ")");
-    std::string s = r != nullptr && r->stringval != nullptr ? reinterpret_cast<const char*>(r->stringval) : "";
-    xmlXPathFreeObject(r);
-    return s;
-  }
-  double Number(const std::string& xpath) const {
-    xmlXPathObjectPtr r = Eval("number(" + xpath + ")");
-    const double v = r != nullptr ? r->floatval : 0.0 / 0.0;
-    xmlXPathFreeObject(r);
-    return v;
-  }
+  std::string Text(const std::string& xpath) const { return Eval("string(" + xpath + ")").first; }
+  double Number(const std::string& xpath) const { return Eval("number(" + xpath + ")").second; }
   int Count(const std::string& xpath) const { return static_cast<int>(Number("count(" + xpath + ")")); }
 
  private:
-  xmlXPathObjectPtr Eval(const std::string& expr) const {
-    if (doc_ == nullptr) return nullptr;
+  std::pair<std::string, double> Eval(const std::string& expr) const {
+    if (doc_ == nullptr) return {"", 0.0 / 0.0};
     xmlXPathContextPtr ctx = xmlXPathNewContext(doc_);
     xmlXPathObjectPtr r = xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expr.c_str()), ctx);
+    std::pair<std::string, double> v{r && r->stringval ? reinterpret_cast<const char*>(r->stringval) : "",
+                                     r ? r->floatval : 0.0 / 0.0};
+    xmlXPathFreeObject(r);
     xmlXPathFreeContext(ctx);
-    return r;
+    return v;
   }
   xmlDocPtr doc_;
 };
+
+// Everything a run sends its host, in order, as recorded by Recorder().
+struct Sent {
+  std::vector<int> increments;
+  std::vector<std::array<float, 36>> grmat;
+  std::vector<std::array<float, 9>> stiffness;
+  std::vector<std::array<float, 6>> loads, moves;
+  bool operator==(const Sent&) const = default;
+};
+inline Sent sent;
+inline RunCallbacks Recorder() {
+  RunCallbacks c;
+  c.CreateIncrement = [](const int* i) { sent.increments.push_back(*i); };
+  c.SendStiffnessMatrix = [](const float* g) { std::copy(g, g + 36, sent.grmat.emplace_back().begin()); };
+  c.SendForceDisplacementStiffnesses = [](const float* a, const float* b, const float* c, const float* d,
+                                          const float* f, const float* g, const float* h, const float* i,
+                                          const float* j) { sent.stiffness.push_back({*a, *b, *c, *d, *f, *g, *h, *i, *j}); };
+  c.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
+                          const float* g) { sent.loads.push_back({*a, *b, *c, *d, *f, *g}); };
+  c.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d, const float* f,
+                                  const float* g) { sent.moves.push_back({*a, *b, *c, *d, *f, *g}); };
+  return c;
+}
+// The recorder, emptied, on the engine behind the C API; or (off) nothing there.
+inline void SetHostCallbacks(bool on) {
+  const RunCallbacks c = on ? Recorder() : RunCallbacks{};
+  QuellonSetCreateIncrementCallback(c.CreateIncrement);
+  QuellonSetStiffnessMatrixCallback(c.SendStiffnessMatrix);
+  QuellonSetForceDisplacementStiffnessesCallback(c.SendForceDisplacementStiffnesses);
+  QuellonSetPileCapLoadsCallback(c.SendPileCapLoads);
+  QuellonSetPileCapDisplacementsCallback(c.SendPileCapDisplacements);
+  if (on) sent = Sent{};
+}
 
 }  // namespace quellon::testing

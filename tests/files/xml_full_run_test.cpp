@@ -19,12 +19,8 @@ namespace {
 using testing::ParsedXML;
 using Six = std::array<float, 6>;
 
-struct Received {
-  std::vector<std::array<float, 36>> grmat;  // per increment, column order
-  std::vector<std::array<float, 9>> force_displacement;
-  std::vector<Six> loads, moves;  // Fx..Mz and dx..rz, at each increment that sent them
-  float centre[2] = {};
-} got;
+using testing::sent;
+float centre[2];
 
 // The sample model with only `flags` set, run to an XML document at `path`.
 void RunToXML(Engine& e, int increments, std::initializer_list<int> flags, const std::string& path) {
@@ -32,23 +28,9 @@ void RunToXML(Engine& e, int increments, std::initializer_list<int> flags, const
   testing::SetAllFlags(e.project, false);
   for (int f : flags) e.project.Flags(f) = 1;
   e.project.Name.assign("Quay <B> & caf\xE9");
-  got = Received{};
-  e.callbacks.SendStiffnessMatrix = [](const float* g) {
-    got.grmat.emplace_back();
-    std::copy(g, g + 36, got.grmat.back().begin());
-  };
-  e.callbacks.SendForceDisplacementStiffnesses = [](const float* a, const float* b, const float* c, const float* d,
-                                                    const float* f, const float* g, const float* h, const float* i,
-                                                    const float* j) {
-    got.force_displacement.push_back({*a, *b, *c, *d, *f, *g, *h, *i, *j});
-  };
-  e.callbacks.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
-                                    const float* g) { got.loads.push_back({*a, *b, *c, *d, *f, *g}); };
-  e.callbacks.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d,
-                                            const float* f, const float* g) {
-    got.moves.push_back({*a, *b, *c, *d, *f, *g});
-  };
-  e.foundation.CentreOfRotationCallback = [](const float* x, const float* y) { got.centre[0] = *x, got.centre[1] = *y; };
+  e.callbacks = testing::Recorder();
+  testing::sent = testing::Sent{};
+  e.foundation.CentreOfRotationCallback = [](const float* x, const float* y) { centre[0] = *x, centre[1] = *y; };
   ::testing::internal::CaptureStdout();
   EXPECT_EQ(RunAnalysis(e, path, std::nullopt), 1);
   ::testing::internal::GetCapturedStdout();
@@ -108,16 +90,16 @@ TEST(XMLFullRun, LinearRunAgreesWithTheStiffnessAndCapSentToTheHost) {
   RunToXML(e, 1, {2, 35}, file.path());
   ParsedXML doc(file.path());
   ASSERT_TRUE(doc.ok()) << testing::ReadBytes(file.path());
-  ASSERT_EQ(got.grmat.size(), 1u);
-  ASSERT_EQ(got.loads.size(), 1u);
-  ASSERT_EQ(got.force_displacement.size(), 1u);
+  ASSERT_EQ(sent.grmat.size(), 1u);
+  ASSERT_EQ(sent.loads.size(), 1u);
+  ASSERT_EQ(sent.stiffness.size(), 1u);
   EXPECT_EQ(doc.Text("/Tolmark/Input/Comment"), "3D Linear");
   // Escaped and declared Latin-1: the parser hands the name back whole, in UTF-8.
   EXPECT_EQ(doc.Text("/Tolmark/Input/Project/Name"), "Quay <B> & caf\xC3\xA9");
-  const std::array<float, 36>& g = got.grmat[0];
+  const std::array<float, 36>& g = sent.grmat[0];
   for (int a = 0; a < 3; ++a)
     for (int b = 0; b < 3; ++b)
-      EXPECT_EQ(got.force_displacement[0][static_cast<std::size_t>(3 * a + b)], g[static_cast<std::size_t>(a + 6 * b)]);
+      EXPECT_EQ(sent.stiffness[0][static_cast<std::size_t>(3 * a + b)], g[static_cast<std::size_t>(a + 6 * b)]);
 
   // Stiffness GRMAT / 1e6 and flexibility its inverse * 1e6, in 3 by 3 blocks by action
   // (row) and effect (column).
@@ -152,9 +134,9 @@ TEST(XMLFullRun, LinearRunAgreesWithTheStiffnessAndCapSentToTheHost) {
   }
   EXPECT_GT(nonzero, 40);  // a raked group loaded in every direction couples most axes
   const std::string cap = "/Tolmark/Output/Increment/Pile-Cap/";
-  ExpectCap(doc, cap, got.loads[0], got.moves[0], "linear");
-  EXPECT_NEAR(doc.Number(cap + AxisValue("Centre-Of-Rotation/Position", 0)), got.centre[0], 1e-6);
-  EXPECT_NEAR(doc.Number(cap + AxisValue("Centre-Of-Rotation/Position", 1)), got.centre[1], 1e-6);
+  ExpectCap(doc, cap, sent.loads[0], sent.moves[0], "linear");
+  EXPECT_NEAR(doc.Number(cap + AxisValue("Centre-Of-Rotation/Position", 0)), centre[0], 1e-6);
+  EXPECT_NEAR(doc.Number(cap + AxisValue("Centre-Of-Rotation/Position", 1)), centre[1], 1e-6);
   EXPECT_EQ(doc.Count("/Tolmark/Output/Increment/Piles/Pile/Element"), 3 * 5);
   EXPECT_EQ(doc.Count("//@limit"), 0);
 }
@@ -166,14 +148,14 @@ TEST(XMLFullRun, NonLinearRunReportsTheLastIncrementAndASummaryOfTheOthers) {
   const testing::TempFile file(".xml"), other(".every.xml");
   Engine e, every;
   RunToXML(e, kIncrements, {35}, file.path());
-  const Received last_only = got;
+  const testing::Sent last_only = sent;
   RunToXML(every, kIncrements, {25}, other.path());
   ASSERT_EQ(last_only.grmat.size(), static_cast<std::size_t>(kIncrements));
-  EXPECT_EQ(last_only.grmat, got.grmat);
+  EXPECT_EQ(last_only.grmat, sent.grmat);
   ASSERT_EQ(last_only.loads.size(), 1u);
-  ASSERT_EQ(got.loads.size(), static_cast<std::size_t>(kIncrements));
-  EXPECT_EQ(last_only.loads[0], got.loads.back());
-  EXPECT_EQ(last_only.moves[0], got.moves.back());
+  ASSERT_EQ(sent.loads.size(), static_cast<std::size_t>(kIncrements));
+  EXPECT_EQ(last_only.loads[0], sent.loads.back());
+  EXPECT_EQ(last_only.moves[0], sent.moves.back());
 
   ParsedXML doc(file.path());
   ASSERT_TRUE(doc.ok()) << testing::ReadBytes(file.path());
@@ -186,8 +168,8 @@ TEST(XMLFullRun, NonLinearRunReportsTheLastIncrementAndASummaryOfTheOthers) {
     const std::string cap = i == kIncrements ? "/Tolmark/Output/Increment[1]/Pile-Cap/"
                                              : "/Tolmark/Output/Increment[@number='" + std::to_string(i) + "']/Pile-Cap/";
     const std::size_t k = static_cast<std::size_t>(i - 1);
-    ExpectCap(doc, cap, got.loads[k], got.moves[k], "increment " + std::to_string(i));
-    EXPECT_NEAR(got.loads[k][2], 2500.0 * i / kIncrements, 1e-3);  // equal increments of load
+    ExpectCap(doc, cap, sent.loads[k], sent.moves[k], "increment " + std::to_string(i));
+    EXPECT_NEAR(sent.loads[k][2], 2500.0 * i / kIncrements, 1e-3);  // equal increments of load
   }
   // The piles of the last increment carry limits and yield states.
   const std::string piles = "/Tolmark/Output/Increment[1]/Piles/";
