@@ -104,30 +104,23 @@ TEST(XMLFullRun, LinearRunAgreesWithTheStiffnessAndCapSentToTheHost) {
   // Stiffness GRMAT / 1e6 and flexibility its inverse * 1e6, in 3 by 3 blocks by action
   // (row) and effect (column).
   const std::array<double, 36> flex = Inverse(g);
-  const struct {
-    const char* name;
-    int row0, col0;
-    bool stiffness;
-  } families[] = {
-      {"Stiffnesses/Force-Displacement-Stiffness", 0, 0, true},
-      {"Stiffnesses/Force-Rotation-Stiffness", 0, 3, true},
-      {"Stiffnesses/Moment-Displacement-Stiffness", 3, 0, true},
-      {"Stiffnesses/Moment-Rotation-Stiffness", 3, 3, true},
-      {"Flexibilities/Displacement-Force-Flexibility", 0, 0, false},
-      {"Flexibilities/Rotation-Force-Flexibility", 3, 0, false},
-      {"Flexibilities/Displacement-Moment-Flexibility", 0, 3, false},
-      {"Flexibilities/Rotation-Moment-Flexibility", 3, 3, false},
-  };
+  const char* const loads[2] = {"Force", "Moment"};
+  const char* const moves[2] = {"Displacement", "Rotation"};
   int nonzero = 0;
-  for (const auto& f : families) {
-    const std::string family = std::string("/Tolmark/Output/Increment/Pile-Group/") + f.name;
-    ASSERT_EQ(doc.Count(family), 9) << family;
+  for (int family = 0; family < 8; ++family) {
+    // The first word of a family's name picks the block row, the second its column.
+    const bool stiffness = family < 4;
+    const int row = (family >> 1) & 1, col = family & 1;
+    const std::string path = std::string("/Tolmark/Output/Increment/Pile-Group/") +
+                             (stiffness ? std::string("Stiffnesses/") + loads[row] + "-" + moves[col] + "-Stiffness"
+                                        : std::string("Flexibilities/") + moves[row] + "-" + loads[col] + "-Flexibility");
+    ASSERT_EQ(doc.Count(path), 9) << path;
     for (int a = 0; a < 3; ++a) {
       for (int b = 0; b < 3; ++b) {
-        const std::size_t at = static_cast<std::size_t>((f.row0 + a) + 6 * (f.col0 + b));
-        const std::string item = family + "[@action-axis='" + kAxis[a] + "'][@effect-axis='" + kAxis[b] + "']";
+        const std::size_t at = static_cast<std::size_t>((3 * row + a) + 6 * (3 * col + b));
+        const std::string item = path + "[@action-axis='" + kAxis[a] + "'][@effect-axis='" + kAxis[b] + "']";
         const double printed = doc.Number(item + "/@value");
-        ExpectPrinted(printed, f.stiffness ? g[at] / 1e6 : flex[at] * 1e6, item);
+        ExpectPrinted(printed, stiffness ? g[at] / 1e6 : flex[at] * 1e6, item);
         nonzero += printed != 0.0 ? 1 : 0;
       }
     }
