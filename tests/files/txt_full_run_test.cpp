@@ -23,12 +23,11 @@ namespace {
 using testing::ReadLines;
 using testing::TempFile;
 
-// Cap vectors in the internal order: vertical, X, XZ, Y, YZ, twist.
+// Cap vectors in the internal order: vertical, X, XZ, Y, YZ, twist; as sent to the host,
+// the pile head loads resolved onto the cap, and the load of one increment.
 struct IncrementHeard {
-  // As sent to the host; the pile head loads resolved onto the cap; the load of one increment.
   double loads[6], moves[6], heads[6], load_inc[6];
 };
-
 struct Heard {
   const Engine* engine = nullptr;
   std::vector<IncrementHeard> increments;
@@ -82,9 +81,7 @@ void Listen(Engine& e) {
     HeadLoadsOnTheCap(*heard.engine, s.heads);
     for (int j = 1; j <= 6; ++j) s.load_inc[j - 1] = heard.engine->ws.CapLoadInc(j);
   };
-  e.project.MessageCallback = [](const int* severity, const char* text) {
-    if (*severity == kError) heard.errors.emplace_back(text);
-  };
+  e.project.MessageCallback = [](const int* s, const char* text) { if (*s == kError) heard.errors.emplace_back(text); };
 }
 
 // Project and piles shared by both runs: every report flag but 16, which would hand the
@@ -172,10 +169,6 @@ std::vector<std::string> RunAgainstGolden(Engine& e, const std::string& golden_n
   return ReadLines(txt.path());
 }
 
-std::size_t FindLine(const std::vector<std::string>& lines, const std::string& text) {
-  return static_cast<std::size_t>(std::find(lines.begin(), lines.end(), text) - lines.begin());
-}
-
 // The head loads balance the cap loads of every increment, and the cap loads reached are
 // the increment's loads added up; to single precision of the vertical load.
 void ExpectEquilibrium() {
@@ -193,10 +186,8 @@ void ExpectEquilibrium() {
 // A printed value against its value: three significant digits in the scientific forms,
 // one decimal for loads; at or below the cut it prints as 0.
 void ExpectPrinted(double printed, double value, double cut, double decimals, const std::string& what) {
-  if (std::fabs(value) <= cut)
-    EXPECT_EQ(printed, 0.0) << what;
-  else
-    EXPECT_NEAR(printed, value, 5e-3 * std::fabs(value) + decimals) << what;
+  const bool cut_off = std::fabs(value) <= cut;
+  EXPECT_NEAR(printed, cut_off ? 0.0 : value, cut_off ? 0.0 : 5e-3 * std::fabs(value) + decimals) << what;
 }
 
 // The three tables of the last increment against what the host was sent: the cap
@@ -207,7 +198,7 @@ void ExpectHistoryTables(const std::vector<std::string>& lines) {
                                 "                 APPLIED LOADS    -     RESULTANT CAP DISPLMNTS",
                                 "         APPLIED LOADS   -   RESULTANT CAP DISPLMNTS"};
   for (int t = 0; t < 3; ++t) {
-    const std::size_t at = FindLine(lines, heads[t]);
+    const auto at = static_cast<std::size_t>(std::find(lines.begin(), lines.end(), heads[t]) - lines.begin());
     ASSERT_LT(at + 4 + kIncrements, lines.size()) << heads[t];
     for (int i = 0; i < kIncrements; ++i) {
       const IncrementHeard& s = heard.increments[static_cast<std::size_t>(i)];

@@ -116,22 +116,17 @@ void Model(Engine& e, int elements, int increments) {
   SmallModel(e, 2, elements, increments);
   Project& pr = e.project;
   SetAllFlags(pr, true);
-  pr.Flags(38) = 0;
-  pr.Name.assign("Golden test group");
-  pr.Description.assign("Two piles, four grounds");
-  pr.Year = 2025, pr.Month = 11, pr.Day = 4;
-  pr.Filename.assign("/projects/golden/two-piles.tmw");
+  pr.Name.assign("Golden test group"), pr.Description.assign("Two piles, four grounds");
+  pr.Filename.assign("/projects/golden/two-piles.tmw"), pr.Year = 2025, pr.Month = 11, pr.Day = 4, pr.Flags(38) = 0;
   pr.InteractionFlag = 2, pr.Rs = 0.9f, pr.Rb = 0.8f, pr.Rl = 0.7f, pr.Rt = 0.6f, pr.ElasticUnloading = 0;
   Pile& p = e.foundation.Piles(2);
   p.RakeX = 5.0f, p.Y = -1.5f, p.Z = 0.25f, p.InternalDiameter = 0.3f, p.BaseDiameter = 0.9f;
   p.ReinforcedLength = 6.0f, p.UnreinforcedEA = 2.2e6f, p.UnreinforcedGJ = 2.5e4f;
   p.UnreinforcedEIx = p.UnreinforcedEIy = 3.3e4f;
-  e.foundation.FreeStandingLength = 0.5f;
-  e.foundation.CentreOfRotationX = 1.0f, e.foundation.CentreOfRotationY = -0.75f;
+  e.foundation.FreeStandingLength = 0.5f, e.foundation.CentreOfRotationX = 1.0f, e.foundation.CentreOfRotationY = -0.75f;
   Borehole& b = e.borehole;
   b.DepthToRigidLayer = 30.0f, b.Overburden = 12.5f, b.LayerAveraging = 2;
-  b.LayerTable.resize(4);
-  b.NumberOfLayers = 4;
+  b.LayerTable.resize(4), b.NumberOfLayers = 4;
   const float tops[4] = {0.0f, 2.5f, 8.0f, 15.0f};
   for (int i = 1; i <= 4; ++i) {
     Layer& l = b.Layers(i);
@@ -176,43 +171,32 @@ TEST(TXTReport, SectionsAgainstGoldenFiles) {
   float t[6][6];
   for (int a = 0; a < 6; ++a)
     for (int b = 0; b < 6; ++b) t[a][b] = Known(6 * a + b + 1, 3, 250.0f);
-  {
-    TempFile txt(".txt");
-    Engine e;
-    Model(e, 2, 4);
-    OpenTXT(e, txt.path());
-    WriteTXTInput(e);
-    e.files.txt.close();
-    ExpectGolden(txt.path(), "txt_input_nonlinear.txt");
-  }
-  {
-    // The assembly dumps and the last increment of a non-linear run; the numbers go to
-    // the report, the LOG gets one trace line per matrix and vector.
+  // The input part (kind 0); the assembly dumps and the last increment of a non-linear
+  // run (1); the increment of a linear run (2).
+  const char* const goldens[3] = {"txt_input_nonlinear.txt", "txt_increment_nonlinear.txt", "txt_increment_linear.txt"};
+  for (int kind = 0; kind < 3; ++kind) {
     TempFile txt(".txt"), log(".log");
     Engine e;
-    Model(e, 2, 2);
+    Model(e, kind == 2 ? 1 : 2, kind == 0 ? 4 : 3 - kind);
     OpenTXT(e, txt.path());
     testing::OpenLOG(e, log.path());
-    PrintLimitingStresses(e);
-    WriteSinglePileMatrix(e, 2);
-    PrintPileMatrix(e, 2);
-    WholeIncrement(e, 2, t);
+    if (kind == 0) WriteTXTInput(e);
+    if (kind == 1) {
+      PrintLimitingStresses(e);
+      WriteSinglePileMatrix(e, 2);
+      PrintPileMatrix(e, 2);
+    }
+    if (kind > 0) WholeIncrement(e, 3 - kind, t);
     e.files.txt.close();
     e.files.log.close();
-    ExpectGolden(txt.path(), "txt_increment_nonlinear.txt");
+    ExpectGolden(txt.path(), goldens[kind]);
+    // The numbers go to the report; the LOG gets one trace line per matrix and vector.
     const auto trace = ReadLines(log.path());
-    EXPECT_EQ(std::count(trace.begin(), trace.end(), "PrintMatrix, line 23"), 17);
-    EXPECT_EQ(std::count(trace.begin(), trace.end(), "PrintMatrix, line 64"), 4);
-    EXPECT_EQ(trace.size(), 21u);
-  }
-  {
-    TempFile txt(".txt");
-    Engine e;
-    Model(e, 1, 1);
-    OpenTXT(e, txt.path());
-    WholeIncrement(e, 1, t);
-    e.files.txt.close();
-    ExpectGolden(txt.path(), "txt_increment_linear.txt");
+    if (kind == 1) {
+      EXPECT_EQ(std::count(trace.begin(), trace.end(), "PrintMatrix, line 23"), 17);
+      EXPECT_EQ(std::count(trace.begin(), trace.end(), "PrintMatrix, line 64"), 4);
+      EXPECT_EQ(trace.size(), 21u);
+    }
   }
 }
 

@@ -90,9 +90,7 @@ TEST(XMLFullRun, LinearRunAgreesWithTheStiffnessAndCapSentToTheHost) {
   RunToXML(e, 1, {2, 35}, file.path());
   ParsedXML doc(file.path());
   ASSERT_TRUE(doc.ok()) << testing::ReadBytes(file.path());
-  ASSERT_EQ(sent.grmat.size(), 1u);
-  ASSERT_EQ(sent.loads.size(), 1u);
-  ASSERT_EQ(sent.stiffness.size(), 1u);
+  ASSERT_TRUE(sent.grmat.size() == 1 && sent.loads.size() == 1 && sent.stiffness.size() == 1);
   EXPECT_EQ(doc.Text("/Tolmark/Input/Comment"), "3D Linear");
   // Escaped and declared Latin-1: the parser hands the name back whole, in UTF-8.
   EXPECT_EQ(doc.Text("/Tolmark/Input/Project/Name"), "Quay <B> & caf\xC3\xA9");
@@ -145,8 +143,7 @@ TEST(XMLFullRun, NonLinearRunReportsTheLastIncrementAndASummaryOfTheOthers) {
   RunToXML(every, kIncrements, {25}, other.path());
   ASSERT_EQ(last_only.grmat.size(), static_cast<std::size_t>(kIncrements));
   EXPECT_EQ(last_only.grmat, sent.grmat);
-  ASSERT_EQ(last_only.loads.size(), 1u);
-  ASSERT_EQ(sent.loads.size(), static_cast<std::size_t>(kIncrements));
+  ASSERT_TRUE(last_only.loads.size() == 1 && sent.loads.size() == kIncrements);
   EXPECT_EQ(last_only.loads[0], sent.loads.back());
   EXPECT_EQ(last_only.moves[0], sent.moves.back());
 
