@@ -26,10 +26,7 @@ class TextModelAnalysis : public ::testing::Test {
     QuellonCloseAllFiles();
     testing::SetHostCallbacks(false);
     Engine& e = TheEngine();
-    ReleaseFoundation(e);
-    ReleaseBorehole(e);
-    ResetActions(e);
-    ResetProject(e);
+    ReleaseFoundation(e), ReleaseBorehole(e), ResetActions(e), ResetProject(e);
   }
   // One run of the model in hand; its XML document and what the host was sent.
   std::pair<std::string, Sent> Run(const std::string& xml) {
@@ -59,15 +56,14 @@ TEST_F(TextModelAnalysis, ModelReadBackFromItsFileGivesTheSameAnalysis) {
 
     // The run consumed the model; the file brings it back, through a host's padded field.
     ASSERT_EQ(TheEngine().foundation.NumberOfPiles, 0);
-    std::string field = tmk.path();
-    field.resize(260, ' ');
+    const std::string field = tmk.path() + std::string(260 - tmk.path().size(), ' ');
     ::testing::internal::CaptureStdout();
     ASSERT_EQ(READTMWFILEDIRECT(field.c_str()), 1);
     ::testing::internal::GetCapturedStdout();
     const auto [read_xml, read] = Run(read_path.path());
 
-    ASSERT_EQ(direct.increments.size(), static_cast<std::size_t>(increments));
-    ASSERT_EQ(direct.loads.size(), static_cast<std::size_t>(increments));
+    const std::size_t n = static_cast<std::size_t>(increments);
+    ASSERT_TRUE(direct.increments.size() == n && direct.loads.size() == n);
     EXPECT_TRUE(read == direct) << "the callbacks received other numbers";
     EXPECT_FALSE(direct_xml.empty());
     EXPECT_TRUE(read_xml == direct_xml) << "the XML documents differ";

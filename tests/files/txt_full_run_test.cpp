@@ -161,9 +161,7 @@ std::vector<std::string> RunAgainstGolden(Engine& e, const std::string& golden_n
   ::testing::internal::CaptureStdout();
   EXPECT_EQ(RunAnalysis(e, xml.path(), txt.path()), 1);
   ::testing::internal::GetCapturedStdout();
-  e.files.txt.close();
-  e.files.xml.close();
-  e.project.TXTUnit = e.project.XMLUnit = 0;
+  e.files.txt.close(), e.files.xml.close(), e.project.TXTUnit = e.project.XMLUnit = 0;
   testing::ExpectGolden(txt.path(), golden_name);
   EXPECT_TRUE(testing::ParsedXML(xml.path()).ok());
   return ReadLines(txt.path());

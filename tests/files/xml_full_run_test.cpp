@@ -34,8 +34,7 @@ void RunToXML(Engine& e, int increments, std::initializer_list<int> flags, const
   ::testing::internal::CaptureStdout();
   EXPECT_EQ(RunAnalysis(e, path, std::nullopt), 1);
   ::testing::internal::GetCapturedStdout();
-  e.files.xml.close();
-  e.project.XMLUnit = 0;
+  e.files.xml.close(), e.project.XMLUnit = 0;
 }
 
 // Four significant digits at least; magnitudes under the cut print 0.
