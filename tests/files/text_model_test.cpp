@@ -110,6 +110,8 @@ TEST(TextModel, WriterLayoutAndRoundTrip) {
       EXPECT_EQ(bytes, JoinLines(kSample));  // Latin-1 degree signs and name, CR LF ends
       EXPECT_EQ(bytes.find("\xC2\xB0"), std::string::npos);
     }
+    // A linear file has neither the overburden nor the ground lines.
+    EXPECT_EQ(bytes.find("[Overburden") == bytes.npos && bytes.find("[Soil Name]") == bytes.npos, increments == 1);
     ASSERT_EQ(ReadTMWFile(read, first.path()), 1) << increments;
     EXPECT_EQ(read.project.NonLinear, original.project.NonLinear);
     EXPECT_EQ(Write(read, second.path()), bytes) << increments;

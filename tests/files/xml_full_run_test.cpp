@@ -101,8 +101,7 @@ TEST(XMLFullRun, LinearRunAgreesWithTheStiffnessAndCapSentToTheHost) {
   // Stiffness GRMAT / 1e6 and flexibility its inverse * 1e6, in 3 by 3 blocks by action
   // (row) and effect (column).
   const std::array<double, 36> flex = Inverse(g);
-  const char* const loads[2] = {"Force", "Moment"};
-  const char* const moves[2] = {"Displacement", "Rotation"};
+  const char *const loads[2] = {"Force", "Moment"}, *const moves[2] = {"Displacement", "Rotation"};
   int nonzero = 0;
   for (int family = 0; family < 8; ++family) {
     // The first word of a family's name picks the block row, the second its column.
