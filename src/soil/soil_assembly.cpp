@@ -4,7 +4,10 @@
 // rebuilt only when the pile differs in shape from the pile handled before it. The
 // blocks between the pile and every other pile are independent of one another and are
 // computed in parallel, each by one thread in a fixed order into that thread's own
-// scratch matrix, so G does not depend on the number of threads.
+// scratch matrix, so G does not depend on the number of threads. The torsion blocks
+// between near piles depend on nothing else in a pair's block and take far longer than
+// the rest of it, so they run as a second parallel loop of their own, over the pairs
+// that have one: the threads share that work evenly, and the phase timer sees it apart.
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -15,6 +18,7 @@
 
 #include "engine/engine.h"
 #include "engine/notify.h"
+#include "engine/phase_timer.h"
 #include "soil/soil.h"
 #include "soil/soil_matrices.h"
 
@@ -45,7 +49,8 @@ void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
 
 // The own block of pile p: transverse blocks (the first of which clears soil_K), axial
 // and base block with its rigid layer correction, and torsion.
-void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, RealMatrix& soil_K) {
+void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, PhaseTimer* timer,
+                       RealMatrix& soil_K) {
   const bool straight = std::fabs(pile.RakeX) < 1e-20f && std::fabs(pile.RakeY) < 1e-20f;
   if (straight) {
     BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
@@ -57,7 +62,18 @@ void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* t
   }
   BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
   if (NonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
+  PhaseScope torsion(timer, Phase::kTorsion);
   BuildTorsionalSoilFlexibilityMatrix(g, pile, p, soil_K);
+}
+
+// Copies the torsion block (rows and columns 3n + 2..4n + 1) of an M by M block into G
+// at the place of field pile p and source pile q.
+void CopyTorsionBlock(const RealMatrix& block, int n, int p, int q, RealMatrix& G) {
+  const int M = block.rows();
+  const std::size_t bytes = static_cast<std::size_t>(n) * sizeof(float);
+  for (int v = 3 * n + 2; v <= M; ++v) {
+    std::memcpy(&G(M * (p - 1) + 3 * n + 2, M * (q - 1) + v), block.col(v) + 3 * n + 1, bytes);
+  }
 }
 
 }  // namespace
@@ -91,6 +107,7 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   const int piles = e.foundation.NumberOfPiles;
   const int M = 4 * n + 1;
   if (n < 1 || p < 1 || p > piles) return;
+  PhaseScope own(e.timer, Phase::kOwnBlocks);
   const SoilGround g = GroundOf(e);
   RealMatrix& G = e.ws.G;
   if (G.rows() != M * piles || G.cols() != M * piles || e.ws.soil_K.rows() != M || e.ws.pair_K.rows() != M) return;
@@ -107,12 +124,13 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   const bool reuse = p != 1 && before >= 1 && before <= piles && SameSoilBlock(pile, e.foundation.Piles(before));
   if (!reuse) {
     TextFile* trace = LogOpen(e) ? &e.files.log : nullptr;
-    BuildOwnSoilBlock(g, pile, p, trace, e.ws.soil_K);
+    BuildOwnSoilBlock(g, pile, p, trace, e.timer, e.ws.soil_K);
   }
   CopyBlock(e.ws.soil_K, p, p, G);
   if (piles == 1) return;
 
   // The blocks of every other pile on this one.
+  PhaseScope pairs(e.timer, Phase::kPairBlocks);
   const InteractionRule rule = InteractionRuleOf(e);
   const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
   std::vector<PileAxis> axes;
@@ -126,24 +144,38 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
   for (RealMatrix& m : scratch) m.resize(M, M);
 
-  // A rough count of the kernel calls of the pairs decides whether to share them out.
+  // Which pairs have a torsion block, and a rough count of the kernel calls of each
+  // loop, which decides whether to share it out.
+  std::vector<int> twisted;
   long long calls = 0;
   for (int q = 1; q <= piles; ++q) {
     if (q == p) continue;
     calls += static_cast<long long>(n + 1) * (n + 1);
     const Pile& source = e.foundation.Piles(q);
-    if (TorsionBetweenPilesApplies(rule, SpacingOf(pile, source), source)) calls += 256LL * n * n;
+    if (TorsionBetweenPilesApplies(rule, SpacingOf(pile, source), source)) twisted.push_back(q);
   }
-  const bool worth_sharing = calls >= kParallelKernelCalls;
+  const long long torsion_calls = 256LL * n * n * static_cast<long long>(twisted.size());
 
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (worth_sharing)
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (calls >= kParallelKernelCalls)
   for (int q = 1; q <= piles; ++q) {
     if (q == p) continue;
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
     const PileAxis& source = axes[static_cast<std::size_t>(q - 1)];
-    BuildPileInteractionMatrix(g, rule, field, source, pair_K);
+    BuildPileInteractionMatrix(g, rule, field, source, pair_K, false);
     if (rigid) RigidLayerInteractionCorrection(g, rule, field, source, pair_K);
     CopyBlock(pair_K, p, q, G);
+  }
+
+  if (!twisted.empty()) {
+    PhaseScope torsion(e.timer, Phase::kTorsion);
+    const int count = static_cast<int>(twisted.size());
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
+    for (int t = 0; t < count; ++t) {
+      const int q = twisted[static_cast<std::size_t>(t)];
+      RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+      if (BuildPileTorsionInteraction(g, rule, field, axes[static_cast<std::size_t>(q - 1)], pair_K))
+        CopyTorsionBlock(pair_K, n, p, q, G);
+    }
   }
 
   // pair_K is left holding the last pair, as a serial pass would leave it.

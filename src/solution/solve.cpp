@@ -11,6 +11,7 @@
 
 #include "engine/engine.h"
 #include "engine/notify.h"
+#include "engine/phase_timer.h"
 #include "files/number_forms.h"
 #include "solution/lapack.h"
 #include "solution/solution.h"
@@ -180,7 +181,11 @@ int Solve(Engine& e, int increment) {
       float* bm = B.col(m);
       for (int i = 0; i < N; ++i) bm[i] = u[i];
     }
-    const int info = LapackSolve(N, 6, A.data(), N, PivotIndex.data(), B.data(), N);
+    int info = 0;
+    {
+      PhaseScope factorise(e.timer, Phase::kFactorise);
+      info = LapackSolve(N, 6, A.data(), N, PivotIndex.data(), B.data(), N);
+    }
     if (info == 0) {
       for (int m = 1; m <= 6; ++m) {
         const float* bm = B.col(m);
@@ -195,7 +200,12 @@ int Solve(Engine& e, int increment) {
 
   LogLine(e, "Using LU decompostion...");
   float sign = 1.0f;
-  if (!LUDecompose(A.data(), N, N, PivotIndex.data(), scale.data(), sign)) {
+  int factorised = 0;
+  {
+    PhaseScope factorise(e.timer, Phase::kFactorise);
+    factorised = LUDecompose(A.data(), N, N, PivotIndex.data(), scale.data(), sign);
+  }
+  if (!factorised) {
     e.project.ErrorCode = 262;  // "Error solving matrix inversion (singular matrix)"
     return 0;
   }
