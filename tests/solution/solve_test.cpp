@@ -113,6 +113,8 @@ std::unique_ptr<Engine> SolvableGroup() {
 TEST(Solve, BothRoutesGiveTheSameTractionsToSinglePrecision) {
   auto e = SolvableGroup();
   const int N = NumberOfUnknowns(*e);
+  FormSystemMatrix(e->ws);
+  const RealMatrix system = e->ws.GD;  // the solves take GD for their factors
   e->project.DynamicModel = 0;
   LogCapture log(*e);
   ASSERT_EQ(Solve(*e, 1), 1);
@@ -130,26 +132,49 @@ TEST(Solve, BothRoutesGiveTheSameTractionsToSinglePrecision) {
   // axial movement under the twist and none along X or Y on a vertical pile, so several
   // right-hand sides begin with zeros and the forward sweep starts late.
   ASSERT_EQ(e->ws.UBCV(1, 6), 0.0f);
-  for (int c = 1; c <= 6; ++c) EXPECT_LT(Residual(e->ws.GD.data(), N, lu.col(c), e->ws.UBCV.col(c)), 1e-5) << c;
+  for (int c = 1; c <= 6; ++c) EXPECT_LT(Residual(system.data(), N, lu.col(c), e->ws.UBCV.col(c)), 1e-5) << c;
   const std::string text = log.text();
   EXPECT_NE(text.find("Using LU decompostion...\r\n"), std::string::npos);
   EXPECT_NE(text.find("Using MKL libraries...\r\n"), std::string::npos);
 }
 
-TEST(Solve, FirstIncrementFormsGPlusDAndLaterOnesTakeGDAsItStands) {
+TEST(Solve, FirstIncrementFactorisesGPlusDInPlaceAndLaterOnesTakeGDAsItStands) {
   auto e = SolvableGroup();
   const int N = NumberOfUnknowns(*e);
+  // The system as the group's full G + D, and its factors and solution on a copy.
+  std::vector<float> factors(static_cast<std::size_t>(N) * N);
+  for (int j = 1; j <= N; ++j)
+    for (int i = 1; i <= N; ++i)
+      factors[static_cast<std::size_t>(i - 1 + (j - 1) * N)] = e->ws.G(i, j) + PileFlexibility(e->ws.D, i, j);
+  std::vector<int> pivots(static_cast<std::size_t>(N));
+  PlainCrout(factors, N, pivots);
+  std::vector<float> b(e->ws.UBCV.col(4), e->ws.UBCV.col(4) + N);
+  LUBackSubstitute(factors.data(), N, N, pivots.data(), b.data());
+
   for (int lapack : {0, 1}) {
     e->project.DynamicModel = lapack;
+    e->ws.system = {};
     ASSERT_EQ(Solve(*e, 1), 1);
-    // GD is G + D, and a copy was factorised, not GD.
-    for (int j = 1; j <= N; j += 7)
-      for (int i = 1; i <= N; ++i) ASSERT_EQ(e->ws.GD(i, j), e->ws.G(i, j) + e->ws.D(i, j)) << i << "," << j;
+    if (!lapack) {
+      // GD holds the factors of G + D (less the multipliers of L, which the six-sided
+      // substitution overwrites), and the tractions are those of the one-sided one.
+      for (int j = 1; j <= N; ++j)
+        for (int i = 1; i <= j; ++i)
+          ASSERT_EQ(e->ws.GD(i, j), factors[static_cast<std::size_t>(i - 1 + (j - 1) * N)]) << i << "," << j;
+      for (int i = 1; i <= N; ++i) ASSERT_EQ(e->ws.Tractions(i, 4), b[static_cast<std::size_t>(i - 1)]) << i;
+    }
+    // A second solve with no softening in between solves G + D again, not its factors.
+    const RealMatrix first = e->ws.Tractions;
+    ASSERT_EQ(Solve(*e, 2), 1);
+    for (int c = 1; c <= 6; ++c)
+      for (int i = 1; i <= N; ++i) ASSERT_EQ(e->ws.Tractions(i, c), first(i, c)) << lapack;
 
-    // Every unknown yielded: GD is the identity and each stress is the forced movement.
+    // Every unknown yielded: the softening leaves GD the identity, and each stress is
+    // the forced movement.
     e->ws.GD.fill(0.0f);
     for (int i = 1; i <= N; ++i) e->ws.GD(i, i) = 1.0f;
-    ASSERT_EQ(Solve(*e, 2), 1);
+    e->ws.system.factorised = false;
+    ASSERT_EQ(Solve(*e, 3), 1);
     for (int c = 1; c <= 6; ++c)
       for (int i = 1; i <= N; ++i) EXPECT_EQ(e->ws.Tractions(i, c), e->ws.UBCV(i, c)) << lapack;
   }
@@ -159,7 +184,9 @@ TEST(Solve, SingularSystemsLeaveTheTractionsOfBefore) {
   auto e = SolvableGroup();
   const int N = NumberOfUnknowns(*e);
   // Unknown 3 cut off from everything: zero row and column.
-  for (int i = 1; i <= N; ++i) e->ws.G(3, i) = e->ws.D(3, i) = e->ws.G(i, 3) = e->ws.D(i, 3) = 0.0f;
+  for (int i = 1; i <= N; ++i) e->ws.G(3, i) = e->ws.G(i, 3) = 0.0f;
+  const int M = UnknownsPerPile(*e);  // unknown 3 is in pile 1, whose block is rows 1 to M
+  for (int i = 1; i <= M; ++i) e->ws.D(3, i) = e->ws.D(i, 3) = 0.0f;
   e->ws.Tractions.fill(7.0f);
   LogCapture log(*e);
 
