@@ -13,7 +13,8 @@
 // call; "peak/N2" is the peak over one N by N single-precision matrix.
 //
 //   group_run_bench [--piles 4,25,50,100] [--elements 20,50] [--mode linear,nonlinear]
-//                   [--torque 0,1] [--route lapack,lu] [--no-alone] [--threads T]
+//                   [--torque 0,1] [--route lapack,lu] [--increments 5] [--no-alone]
+//                   [--threads T]
 //
 // Every combination of the lists is run, smallest first. --no-alone skips the separate
 // SGESV call (it assembles the matrix a second time). The table goes to standard output;
@@ -52,6 +53,7 @@ struct Case {
   bool nonlinear = false;
   bool torque = false;
   bool lu = false;
+  int increments = 5;  // of a non-linear run
 };
 
 // ---- The model ----------------------------------------------------------------------
@@ -124,7 +126,7 @@ void BuildModel(Engine& e, const Case& c) {
   e.actions.Fx = 40.0f * scale;
   e.actions.My = 30.0f * scale;
   e.actions.Mz = c.torque ? 60.0f * scale : 0.0f;
-  e.actions.NumberOfIncrements = c.nonlinear ? 5 : 1;
+  e.actions.NumberOfIncrements = c.nonlinear ? c.increments : 1;
 }
 
 // ---- Memory ---------------------------------------------------------------------------
@@ -265,7 +267,7 @@ void PrintRow(const Result& r) {
   std::printf(
       "%4d %3d %6d %-4s %3s %-6s | %6.2f %6.2f %6.2f %6.2f %6.2f %6.2f | %-34s %7.2f | %6.2f %6.2f %6.2f %6.2f | "
       "%8.2f %8s %6s | %8.0f %7.2f%s\n",
-      r.c.piles, r.c.elements, r.N, r.c.nonlinear ? "nl5" : "lin", r.c.torque ? "yes" : "no", r.c.lu ? "lu" : "lapack",
+      r.c.piles, r.c.elements, r.N, r.c.nonlinear ? ("nl" + std::to_string(r.c.increments)).c_str() : "lin", r.c.torque ? "yes" : "no", r.c.lu ? "lu" : "lapack",
       ph(Phase::kWorkspace), ph(Phase::kGeometry), ph(Phase::kOwnBlocks), ph(Phase::kPairBlocks), ph(Phase::kTorsion),
       ph(Phase::kPileAndBCV), solves.str().c_str(), ph(Phase::kFactorise), ph(Phase::kResults), ph(Phase::kSoftening),
       ph(Phase::kReports), ph(Phase::kOther), r.total, alone, ratio, r.peak / (1024.0 * 1024.0), r.peak / n2,
@@ -295,6 +297,7 @@ int main(int argc, char** argv) {
   std::vector<int> piles = {4, 25, 50, 100}, elements = {20, 50}, torques = {0, 1};
   std::vector<std::string> modes = {"linear", "nonlinear"}, routes = {"lapack"};
   bool alone = true;
+  int increments = 5;
   for (int i = 1; i < argc; ++i) {
     const std::string a = argv[i];
     const std::string next = i + 1 < argc ? argv[i + 1] : "";
@@ -304,6 +307,7 @@ int main(int argc, char** argv) {
     else if (a == "--mode") modes = Words(next), ++i;
     else if (a == "--route") routes = Words(next), ++i;
     else if (a == "--threads") omp_set_num_threads(std::atoi(next.c_str())), ++i;
+    else if (a == "--increments") increments = std::atoi(next.c_str()), ++i;
     else if (a == "--no-alone") alone = false;
     else {
       std::fprintf(stderr, "unknown argument %s\n", a.c_str());
@@ -323,7 +327,7 @@ int main(int argc, char** argv) {
     for (int P : piles)
       for (const std::string& m : modes)
         for (int t : torques)
-          for (const std::string& r : routes) cases.push_back({P, n, m == "nonlinear", t != 0, r == "lu"});
+          for (const std::string& r : routes) cases.push_back({P, n, m == "nonlinear", t != 0, r == "lu", increments});
   std::stable_sort(cases.begin(), cases.end(), [](const Case& a, const Case& b) {
     return (4 * a.elements + 1) * a.piles < (4 * b.elements + 1) * b.piles;
   });

@@ -30,6 +30,11 @@ bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
 bool Alike(float a, float b) { return std::fabs(a - b) < 1e-20f; }
 
+// Kernel calls of the pair blocks of one pile above which they are shared out: some
+// tenths of a millisecond of work, well above the cost of starting the threads. (The
+// torsion loop, of far heavier pairs, shares out above kParallelKernelCalls.)
+constexpr long long kParallelPairCalls = 2048;
+
 // Copies an M by M block into G at the rows of field pile p and the columns of source pile q.
 void CopyBlock(const RealMatrix& block, int p, int q, RealMatrix& G) {
   const int M = block.rows();
@@ -156,7 +161,7 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   }
   const long long torsion_calls = 256LL * n * n * static_cast<long long>(twisted.size());
 
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (calls >= kParallelKernelCalls)
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (calls >= kParallelPairCalls)
   for (int q = 1; q <= piles; ++q) {
     if (q == p) continue;
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];

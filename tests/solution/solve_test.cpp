@@ -49,24 +49,43 @@ std::vector<float> RandomMatrix(int n, unsigned seed) {
   return a;
 }
 
-TEST(LUDecompose, PanelledFactorisationEqualsColumnByColumnCroutBitForBit) {
-  // 70 columns: several panels and a ragged last one; rows scaled over six decades so
-  // that the implicit scaling decides pivots that plain magnitudes would not.
-  const int n = 70;
-  std::vector<float> a = RandomMatrix(n, 7);
-  for (int i = 0; i < n; ++i)
-    for (int j = 0; j < n; ++j) a[static_cast<std::size_t>(i + j * n)] *= std::pow(10.0f, static_cast<float>(i % 7) - 3.0f);
-  std::vector<float> ref = a;
-  std::vector<int> indx(n), ref_indx(n);
-  std::vector<float> scale(n);
-  float sign = 0.0f;
-  PlainCrout(ref, n, ref_indx);
-  ASSERT_EQ(LUDecompose(a.data(), n, n, indx.data(), scale.data(), sign), 1);
-  EXPECT_EQ(indx, ref_indx);
-  EXPECT_EQ(std::memcmp(a.data(), ref.data(), a.size() * sizeof(float)), 0);
-  int swaps = 0;
-  for (int j = 0; j < n; ++j) swaps += indx[static_cast<std::size_t>(j)] != j + 1;
-  EXPECT_GT(swaps, 10);  // the case really pivots
+TEST(LUDecompose, BlockedFactorisationEqualsColumnByColumnCroutBitForBit) {
+  // 70 columns: sub-panels and a ragged last one within one panel; 300: several panels,
+  // the updates of the later columns by whole panels, and tiles cut at the edges. Rows
+  // are scaled over six decades, so that the implicit scaling decides pivots that plain
+  // magnitudes would not, and the larger matrix is six-tenths zeros in blocks, as a
+  // group's system is.
+  for (const int n : {70, 300}) {
+    std::vector<float> a = RandomMatrix(n, 7);
+    for (int i = 0; i < n; ++i)
+      for (int j = 0; j < n; ++j) {
+        float& x = a[static_cast<std::size_t>(i + j * n)];
+        x *= std::pow(10.0f, static_cast<float>(i % 7) - 3.0f);
+        if (n > 100 && i != j && (i / 9 + j / 13) % 5 < 3) x = 0.0f;
+      }
+    std::vector<float> ref = a;
+    std::vector<int> indx(n), ref_indx(n);
+    std::vector<float> scale(n);
+    float sign = 0.0f;
+    PlainCrout(ref, n, ref_indx);
+    ASSERT_EQ(LUDecompose(a.data(), n, n, indx.data(), scale.data(), sign), 1);
+    EXPECT_EQ(indx, ref_indx) << n;
+    EXPECT_EQ(std::memcmp(a.data(), ref.data(), a.size() * sizeof(float)), 0) << n;
+    int swaps = 0;
+    for (int j = 0; j < n; ++j) swaps += indx[static_cast<std::size_t>(j)] != j + 1;
+    EXPECT_GT(swaps, n / 7);  // the case really pivots
+
+    // The six sides at once give what one side at a time gives, bit for bit, each from
+    // its own first non-zero entry.
+    std::vector<float> B = RandomMatrix(n, 11);
+    B.resize(static_cast<std::size_t>(n) * 6);
+    for (int m = 0; m < 6; ++m)
+      for (int i = 0; i < 40 * m; ++i) B[static_cast<std::size_t>(i + m * n)] = 0.0f;
+    std::vector<float> one = B;
+    for (int m = 0; m < 6; ++m) LUBackSubstitute(a.data(), n, n, indx.data(), one.data() + m * n);
+    LUSolveSixSides(a.data(), n, n, indx.data(), B.data(), n);
+    EXPECT_EQ(std::memcmp(B.data(), one.data(), B.size() * sizeof(float)), 0) << n;
+  }
 }
 
 TEST(LUDecompose, TiesGoToTheLastRowAndAVanishingPivotIsReplaced) {
@@ -177,6 +196,56 @@ TEST(Solve, FirstIncrementFactorisesGPlusDInPlaceAndLaterOnesTakeGDAsItStands) {
     ASSERT_EQ(Solve(*e, 3), 1);
     for (int c = 1; c <= 6; ++c)
       for (int i = 1; i <= N; ++i) EXPECT_EQ(e->ws.Tractions(i, c), e->ws.UBCV(i, c)) << lapack;
+  }
+}
+
+TEST(Solve, ASystemTheSofteningLeavesAsItWasIsNotSolvedAgain) {
+  // A non-linear group whose soil doesn't soften (constants 0) and whose limits are out
+  // of reach: every softening decides what the one before did.
+  auto e = testing::MakeGroup({{0, 0}, {3, 0, 6.0f, 0.0f}, {0, 3}, {3, 3, -5.0f, 5.0f}}, 5, 3);
+  testing::Assemble(*e);
+  Workspace& w = e->ws;
+  for (RealVector* v : {&w.LimitAxial, &w.LimitX, &w.LimitY, &w.LimitTorsion}) v->fill(1e9f);
+  const int N = NumberOfUnknowns(*e);
+  auto same = [](const RealMatrix& a, const RealMatrix& b) {
+    return a.count() == b.count() && std::memcmp(a.data(), b.data(), a.count() * sizeof(float)) == 0;
+  };
+  for (int lapack : {0, 1}) {
+    e->project.DynamicModel = lapack;
+    w.system = {};
+    ASSERT_EQ(Solve(*e, 1), 1);
+    const RealMatrix first = w.Tractions;
+    UpdateSoilFlexibility(*e, 1);
+    ASSERT_EQ(Solve(*e, 2), 1);  // the system formed anew, G + D as before
+    EXPECT_TRUE(same(w.Tractions, first));
+    const RealMatrix factors = w.GD;
+
+    // Same decisions: G and the factors in GD stand, and the next solve keeps the
+    // tractions it has.
+    UpdateSoilFlexibility(*e, 2);
+    EXPECT_TRUE(w.system.unchanged);
+    EXPECT_TRUE(same(w.GD, factors));
+    w.Tractions(1, 1) = 42.0f;  // shows that the solve leaves them alone
+    ASSERT_EQ(Solve(*e, 3), 1);
+    EXPECT_EQ(w.Tractions(1, 1), 42.0f);
+    w.Tractions(1, 1) = first(1, 1);
+
+    // GD to be printed as a matrix, or a decision that changes: the system is formed.
+    e->project.Flags(6) = 1;
+    e->project.TXTUnit = 10;
+    UpdateSoilFlexibility(*e, 3);
+    EXPECT_FALSE(w.system.unchanged);
+    for (int j = 1; j <= N; j += 5)
+      for (int i = 1; i <= N; ++i) ASSERT_EQ(w.GD(i, j), w.G(i, j) + PileFlexibility(w.D, i, j));
+    e->project.Flags(6) = 0;
+    e->project.TXTUnit = 0;
+    ASSERT_EQ(Solve(*e, 4), 1);
+    EXPECT_TRUE(same(w.Tractions, first));
+    w.StressX(2) = 2e9f;  // yields in X
+    UpdateSoilFlexibility(*e, 4);
+    EXPECT_FALSE(w.system.unchanged);
+    w.StressX(2) = 0.0f;
+    w.Yielded.fill(0);
   }
 }
 
