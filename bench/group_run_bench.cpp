@@ -172,6 +172,11 @@ std::vector<double>* g_solve_marks = nullptr;
 
 double SolveSeconds(const PhaseTimer& t) { return t.Seconds(Phase::kSolve) + t.Seconds(Phase::kFactorise); }
 
+// Errors of the engine (a model too large for the memory, for one) go to standard error.
+void OnMessage(const int* severity, const char* text) {
+  if (*severity >= 2) std::fprintf(stderr, "engine: %s\n", text);
+}
+
 void OnCreateIncrement(const int*) {
   if (g_timer != nullptr && g_solve_marks != nullptr) {
     g_timer->Enter(Phase::kOther);  // bring the counts up to now
@@ -191,6 +196,7 @@ Result RunCase(const Case& c, const std::filesystem::path& dir) {
   g_solve_marks = &marks;
   e.timer = &timer;
   e.callbacks.CreateIncrement = &OnCreateIncrement;
+  e.project.MessageCallback = &OnMessage;
   const std::string xml = (dir / "bench.xml").string();
 
   ResetPeak();
