@@ -1,17 +1,20 @@
-// Assembly of the group's soil flexibility matrix G, one pile's rows at a time.
+// Assembly of the group's soil flexibility matrix G.
 //
 // A pile's own block goes through soil_K, which is kept from one pile to the next and
 // rebuilt only when the pile differs in shape from the pile handled before it. The
-// blocks between the pile and every other pile are independent of one another and are
-// computed in parallel, each by one thread in a fixed order into that thread's own
-// scratch matrix, so G does not depend on the number of threads. The torsion blocks
-// between near piles depend on nothing else in a pair's block and take far longer than
-// the rest of it, so they run as a second parallel loop of their own, over the pairs
-// that have one: the threads share that work evenly, and the phase timer sees it apart.
+// blocks between two piles depend on nothing that changes from one pile to the next, so
+// the turn of the first pile writes them all, in one pass over every ordered pair shared
+// among the threads: each block is computed by one thread in a fixed order into that
+// thread's own scratch matrix, so G does not depend on the number of threads, and one
+// pass costs one start of the threads, not one per pile. The torsion blocks between near
+// piles depend on nothing else in a pair's block and take far longer than the rest of
+// it, so they run as a second parallel loop of their own, over the pairs that have one:
+// the threads share that work evenly, and the phase timer sees it apart.
 #include <cmath>
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <omp.h>
@@ -30,9 +33,9 @@ bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
 bool Alike(float a, float b) { return std::fabs(a - b) < 1e-20f; }
 
-// Kernel calls of the pair blocks of one pile above which they are shared out: some
-// tenths of a millisecond of work, well above the cost of starting the threads. (The
-// torsion loop, of far heavier pairs, shares out above kParallelKernelCalls.)
+// Kernel calls of the blocks between piles above which they are shared out: some tenths
+// of a millisecond of work, well above the cost of starting the threads. (The torsion
+// loop, of far heavier pairs, shares out above kParallelKernelCalls.)
 constexpr long long kParallelPairCalls = 2048;
 
 // Copies an M by M block into G at the rows of field pile p and the columns of source pile q.
@@ -107,6 +110,67 @@ InteractionRule InteractionRuleOf(const Engine& e) {
   return rule;
 }
 
+namespace {
+
+// Every block of one pile on another: the blocks without torsion over all ordered pairs,
+// then the torsion blocks of the pairs that have one.
+void AssemblePairBlocks(Engine& e, const SoilGround& g) {
+  const int n = g.n;
+  const int piles = e.foundation.NumberOfPiles;
+  const int M = 4 * n + 1;
+  RealMatrix& G = e.ws.G;
+  PhaseScope pairs(e.timer, Phase::kPairBlocks);
+  const InteractionRule rule = InteractionRuleOf(e);
+  const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
+  std::vector<PileAxis> axes;
+  axes.reserve(static_cast<std::size_t>(piles));
+  for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
+  auto axis = [&axes](int q) -> const PileAxis& { return axes[static_cast<std::size_t>(q - 1)]; };
+
+  // One scratch block per thread, made before the parallel loops so that nothing inside
+  // them allocates.
+  const int threads = omp_get_max_threads();
+  std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
+  for (RealMatrix& m : scratch) m.resize(M, M);
+
+  // The ordered pairs (field p, source q), and those with a torsion block.
+  std::vector<std::pair<int, int>> all, twisted;
+  all.reserve(static_cast<std::size_t>(piles) * static_cast<std::size_t>(piles - 1));
+  for (int p = 1; p <= piles; ++p) {
+    for (int q = 1; q <= piles; ++q) {
+      if (q == p) continue;
+      all.emplace_back(p, q);
+      const Pile& source = e.foundation.Piles(q);
+      if (TorsionBetweenPilesApplies(rule, SpacingOf(e.foundation.Piles(p), source), source)) twisted.emplace_back(p, q);
+    }
+  }
+  // A rough count of the kernel calls of each loop decides whether to share it out.
+  const long long calls = static_cast<long long>(all.size()) * (n + 1) * (n + 1);
+  const long long torsion_calls = 256LL * n * n * static_cast<long long>(twisted.size());
+
+  const int count = static_cast<int>(all.size());
+#pragma omp parallel for schedule(dynamic, 4) num_threads(threads) if (calls >= kParallelPairCalls)
+  for (int k = 0; k < count; ++k) {
+    const auto [p, q] = all[static_cast<std::size_t>(k)];
+    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+    BuildPileInteractionMatrix(g, rule, axis(p), axis(q), pair_K, false);
+    if (rigid) RigidLayerInteractionCorrection(g, rule, axis(p), axis(q), pair_K);
+    CopyBlock(pair_K, p, q, G);
+  }
+
+  if (twisted.empty()) return;
+  PhaseScope torsion(e.timer, Phase::kTorsion);
+  const int twists = static_cast<int>(twisted.size());
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
+  for (int k = 0; k < twists; ++k) {
+    const auto [p, q] = twisted[static_cast<std::size_t>(k)];
+    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+    if (BuildPileTorsionInteraction(g, rule, axis(p), axis(q), pair_K)) CopyTorsionBlock(pair_K, n, p, q, G);
+  }
+}
+
+}  // namespace
+
 void AssembleSoilFlexibility(Engine& e, int p) {
   const int n = e.foundation.NumberOfElements;
   const int piles = e.foundation.NumberOfPiles;
@@ -134,54 +198,9 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   CopyBlock(e.ws.soil_K, p, p, G);
   if (piles == 1) return;
 
-  // The blocks of every other pile on this one.
-  PhaseScope pairs(e.timer, Phase::kPairBlocks);
-  const InteractionRule rule = InteractionRuleOf(e);
-  const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
-  std::vector<PileAxis> axes;
-  axes.reserve(static_cast<std::size_t>(piles));
-  for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
-  const PileAxis& field = axes[static_cast<std::size_t>(p - 1)];
-
-  // One scratch block per thread, made before the parallel loop so that nothing inside
-  // it allocates.
-  const int threads = omp_get_max_threads();
-  std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
-  for (RealMatrix& m : scratch) m.resize(M, M);
-
-  // Which pairs have a torsion block, and a rough count of the kernel calls of each
-  // loop, which decides whether to share it out.
-  std::vector<int> twisted;
-  long long calls = 0;
-  for (int q = 1; q <= piles; ++q) {
-    if (q == p) continue;
-    calls += static_cast<long long>(n + 1) * (n + 1);
-    const Pile& source = e.foundation.Piles(q);
-    if (TorsionBetweenPilesApplies(rule, SpacingOf(pile, source), source)) twisted.push_back(q);
-  }
-  const long long torsion_calls = 256LL * n * n * static_cast<long long>(twisted.size());
-
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (calls >= kParallelPairCalls)
-  for (int q = 1; q <= piles; ++q) {
-    if (q == p) continue;
-    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-    const PileAxis& source = axes[static_cast<std::size_t>(q - 1)];
-    BuildPileInteractionMatrix(g, rule, field, source, pair_K, false);
-    if (rigid) RigidLayerInteractionCorrection(g, rule, field, source, pair_K);
-    CopyBlock(pair_K, p, q, G);
-  }
-
-  if (!twisted.empty()) {
-    PhaseScope torsion(e.timer, Phase::kTorsion);
-    const int count = static_cast<int>(twisted.size());
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
-    for (int t = 0; t < count; ++t) {
-      const int q = twisted[static_cast<std::size_t>(t)];
-      RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-      if (BuildPileTorsionInteraction(g, rule, field, axes[static_cast<std::size_t>(q - 1)], pair_K))
-        CopyTorsionBlock(pair_K, n, p, q, G);
-    }
-  }
+  // The blocks between piles depend on nothing that changes from one pile to the next,
+  // so the first pile's turn writes them all, in one pass shared among the threads.
+  if (p == 1) AssemblePairBlocks(e, g);
 
   // pair_K is left holding the last pair, as a serial pass would leave it.
   CopyBlockOut(G, p, p == piles ? piles - 1 : piles, e.ws.pair_K);

@@ -18,8 +18,6 @@
 // rows, and a row keeps its partly updated entries and its multipliers together whenever
 // it moves, so delaying them to the end of a panel changes no value. The factors, the
 // interchanges and the sign are those of the column-by-column method bit for bit.
-#include <omp.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>

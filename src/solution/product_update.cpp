@@ -1,7 +1,5 @@
 #include "solution/product_update.h"
 
-#include <omp.h>
-
 #include <algorithm>
 #include <cstring>
 #include <new>

@@ -10,8 +10,7 @@
 // to the one just solved, the tractions in hand are already its solution.
 #include "solution/solve.h"
 
-#include <omp.h>
-
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <string>

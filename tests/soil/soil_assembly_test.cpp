@@ -238,7 +238,7 @@ TEST(Parallel, GIsTheSameWithOneThreadAndWithTwo) {
   const int saved = omp_get_max_threads();
   omp_set_num_threads(1);
   // Enough elements that the own torsion blocks and the pairs are shared out.
-  const int n = 24;
+  const int n = 16;
   const Group serial(piles, 1, 30.0f, 20.0f, 2, 0.0f, n);
   omp_set_num_threads(2);
   const Group parallel(piles, 1, 30.0f, 20.0f, 2, 0.0f, n);
