@@ -234,8 +234,7 @@ double SgesvAlone(const Case& c) {
   const int N = NumberOfUnknowns(e);
   // The system matrix into GD, as the first solve forms it.
   Workspace& w = e.ws;
-  for (int j = 1; j <= N; ++j)
-    for (int i = 1; i <= N; ++i) w.GD(i, j) = w.G(i, j) + w.D(i, j);
+  FormSystemMatrix(w);
   std::vector<float> B(static_cast<std::size_t>(N) * 6);
   for (int m = 1; m <= 6; ++m) std::copy(w.UBCV.col(m), w.UBCV.col(m) + N, B.data() + static_cast<std::size_t>(m - 1) * N);
   std::vector<int> pivots(static_cast<std::size_t>(N));
