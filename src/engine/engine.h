@@ -8,6 +8,7 @@
 
 #include "engine/available_memory.h"
 #include "engine/model.h"
+#include "engine/phase_timer.h"
 #include "engine/workspace.h"
 #include "files/text_file.h"
 #include "files/xml_document.h"
@@ -50,6 +51,9 @@ struct Engine {
   // What the creation routines ask before they allocate: the bytes that may still be
   // taken. A request above it counts as exhausted memory. Tests put their own in.
   std::uint64_t (*memory_probe)() = &AvailableMemoryBytes;
+  // Wall time by phase of the runs on this engine, for a benchmark that puts one in;
+  // null, the default, times nothing.
+  PhaseTimer* timer = nullptr;
 };
 
 // The engine behind the C API.

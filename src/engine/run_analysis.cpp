@@ -40,10 +40,13 @@ enum class IncrementEnd { kNext, kStop, kAbandon };
 // if it is abandoned.
 IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   NotifyCreateIncrement(e, i);
+  SwitchPhase(e.timer, Phase::kReports);
   PrintIncrementHead(e, i);
   // A failed solve has told the host already; the increment goes on with the
   // tractions in hand.
+  SwitchPhase(e.timer, Phase::kSolve);
   solve_result = Solve(e, i);
+  SwitchPhase(e.timer, Phase::kResults);
   PrintSolveVectors(e);
   SplitTractions(e);
   PrintUnitStresses(e);
@@ -56,6 +59,7 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   // increment then isn't counted.
   if (Update(e, i) == 0) return IncrementEnd::kStop;
   SendCounter(e, i);
+  SwitchPhase(e.timer, Phase::kOther);
   const std::string line = "Increment " + FormatInt(i) + "\n";
   std::fputs(line.c_str(), stdout);
   std::fflush(stdout);
@@ -67,20 +71,26 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
 // once with the returned value, which is then the last result of Solve.
 int Calculate(Engine& e, bool& abandoned) {
   abandoned = false;
+  SwitchPhase(e.timer, Phase::kWorkspace);
   if (CreateWorkspace(e) == 0) return 0;
+  SwitchPhase(e.timer, Phase::kGeometry);
   PrepareGroupGeometry(e);
   // Two piles whose load points coincide would make the soil matrices divide by zero:
   // such a model is refused before anything is assembled.
   if (CheckCoincidentMidpoints(e) == 0) return 0;
+  SwitchPhase(e.timer, Phase::kReports);
   WriteTXTInput(e);
+  SwitchPhase(e.timer, Phase::kGeometry);
   PileStiffnessesAllPiles(e);
   // Without its modulus table the soil assembly would read an array that isn't there:
   // the run ends as a failure rather than go on.
   if (YamashitaVerticalStiffnessAverageAllPiles(e) == 0) return 0;
+  SwitchPhase(e.timer, Phase::kReports);
   WriteXMLHeader(e);
   WriteXMLInput(e);
   WriteXMLOutputStart(e);
   if (e.project.NonLinear != 0) {
+    SwitchPhase(e.timer, Phase::kGeometry);
     LimitingStressesAllPiles(e);
     if (e.project.Flag(18)) PrintLimitingStresses(e);
   }
@@ -89,7 +99,9 @@ int Calculate(Engine& e, bool& abandoned) {
   const int piles = e.foundation.NumberOfPiles;
   for (int p = 1; p <= piles; ++p) {
     AssembleSoilFlexibility(e, p);
+    SwitchPhase(e.timer, Phase::kReports);
     if (e.project.Flag(3)) WriteSinglePileMatrix(e, p);
+    SwitchPhase(e.timer, Phase::kPileAndBCV);
     AssemblePileFlexibility(e, p);
     BuildBoundaryConditionVectors(e, p);
   }
@@ -105,6 +117,7 @@ int Calculate(Engine& e, bool& abandoned) {
     if (end == IncrementEnd::kStop) break;
   }
   PostWindowMessage(e, kFinalIncrementCompleted);
+  SwitchPhase(e.timer, Phase::kReports);
   WriteXMLOutputEnd(e);
   return 1;
 }
@@ -112,6 +125,7 @@ int Calculate(Engine& e, bool& abandoned) {
 // The end of every run that reached its calculation: the arrays go, the model is reset
 // so that the next analysis starts empty, and the host hears how it ended.
 void Finish(Engine& e, int result) {
+  SwitchPhase(e.timer, Phase::kOther);
   ReleaseWorkspace(e);
   // The outputs stay open for the host; what the run wrote is handed to the system now.
   e.files.xml.flush();

@@ -109,7 +109,10 @@ int CreateWorkspace(Engine& e) {
   const Size M = 4 * n + 1;
   const Size N = Product(M, P);
   const Size I = Clamp(e.actions.NumberOfIncrements);
-  const Size K = e.project.DynamicModel ? Product(6, P) : 6;
+  const Size K = 6;
+  const bool nonlinear = e.project.NonLinear != 0;
+  const Size N_nonlinear = nonlinear ? N : 0;
+  w.system = Workspace::SystemState{};
 
   RealVector* const vectorsN[] = {
       &w.SoilDispInc,  &w.DispAxialInc,  &w.DispXInc,       &w.DispYInc,          &w.TwistInc,
@@ -129,6 +132,9 @@ int CreateWorkspace(Engine& e) {
   for (RealVector* v : vectorsN) ok = ok && CreateReal1D(e, *v, N);
   for (RealVector* v : vectorsP) ok = ok && CreateReal1D(e, *v, P);
   for (RealVector* v : vectors6) ok = ok && CreateReal1D(e, *v, 6);
+  ok = ok && CreateReal1D(e, w.SoftFactor, N_nonlinear);
+  ok = ok && Create1DIntegerMatrix(e, w.SoftReleasedAt, static_cast<int>(N_nonlinear)) == 1;
+  ok = ok && Create1DIntegerMatrix(e, w.SoftChangedAt, static_cast<int>(N_nonlinear)) == 1;
   if (!ok) {
     // What was made goes at once, so that a failed creation never holds memory; the
     // driver's own release afterwards finds nothing left, which does no harm.
@@ -143,7 +149,7 @@ int CreateWorkspace(Engine& e) {
     RealMatrix* m;
     Size rows, cols;
   };
-  const Shape square[] = {{&w.GD, N, N}, {&w.G, N, N}, {&w.D, N, N}, {&w.G0, N, N}};
+  const Shape square[] = {{&w.GD, N, N}, {&w.G, N, N}, {&w.D, M, N}, {&w.G0, N_nonlinear, N_nonlinear}};
   const Shape rest[] = {
       {&w.soil_K, M, M},            {&w.pair_K, M, M},          {&w.pile_D, M, M},
       {&w.HeadAxial, P, K},         {&w.HeadX, P, K},           {&w.HeadMomentXZ, P, K},
@@ -170,6 +176,7 @@ void ReleaseWorkspace(Engine& e) {
   // Every array goes, matrices first, whether or not it was made; the yield counters are
   // plain integers beside the arrays and are zeroed by their own routine, not here.
   ForEachArray(e.ws, [](auto& a) { a.release(); });
+  e.ws.system = Workspace::SystemState{};
 }
 
 }  // namespace quellon

@@ -1,7 +1,14 @@
 // The arrays of one run. They exist from CreateWorkspace to ReleaseWorkspace and are
 // zero-filled at creation. Symbols: P piles, n elements per pile, M = 4n + 1 unknowns of
-// one pile, N = M P unknowns of the group, I increments, K = 6P with the LAPACK solver
-// (DynamicModel) and 6 without; only the first six columns of a K-wide table hold values.
+// one pile, N = M P unknowns of the group, I increments. The tables of the six unit cap
+// movements are six columns wide whichever solver runs: nothing is ever written to or
+// read from a seventh.
+//
+// Memory is set by the N by N matrices, and the workspace holds only those a run needs:
+// G and GD in every run, G0 in a non-linear run only. The solve factorises GD in place,
+// since nothing reads the system matrix after its solve (the softening forms the next
+// one anew), and the pile flexibility D, which has nothing between piles, is kept as its
+// P diagonal blocks. So a linear run holds two N by N matrices and a non-linear run three.
 #pragma once
 
 #include <initializer_list>
@@ -35,19 +42,46 @@ struct Workspace {
   RealVector CapDispInc, CapDispTotal, CapLoadInc, CapLoadTotal;
 
   // Matrices.
-  RealMatrix GD, G, D, G0;      // N by N
+  RealMatrix GD, G;  // N by N
+  RealMatrix D;      // M by N: the diagonal blocks of the group's D, see PileFlexibility
+  RealMatrix G0;     // N by N in a non-linear run, empty otherwise
   LogicalMatrix Yielded;        // 4 by N
   RealMatrix soil_K, pair_K, pile_D;  // M by M
-  RealMatrix HeadAxial, HeadX, HeadMomentXZ, HeadY, HeadMomentYZ, HeadTorque;  // P by K
-  RealMatrix UnitStressAxial, UnitStressX, UnitStressY, UnitStressTorsion;    // N by K
-  RealMatrix UBCV, Tractions;                                                  // N by K
-  RealMatrix HistoryDisp, HistoryLoad, HistoryDispInc;                         // I by K
+  RealMatrix HeadAxial, HeadX, HeadMomentXZ, HeadY, HeadMomentYZ, HeadTorque;  // P by 6
+  RealMatrix UnitStressAxial, UnitStressX, UnitStressY, UnitStressTorsion;    // N by 6
+  RealMatrix UBCV, Tractions;                                                  // N by 6
+  RealMatrix HistoryDisp, HistoryLoad, HistoryDispInc;                         // I by 6
   RealMatrix SectionEA, SectionEIx, SectionEIy, SectionGJ;                     // n + 1 by P
   RealMatrix YamashitaEsv;  // n + 5 by P, created by the layer averaging during a run
 
+  // The decisions of the last softening of a non-linear run, by unknown (N each, empty in
+  // a linear run): the factor its column of G0 was divided by, and the order of its last
+  // release and of its last release or restore (0 for none). G and GD are functions of
+  // G0, D and these, which lets the softening form GD again, or find that the next
+  // system is the one whose factors GD holds.
+  RealVector SoftFactor;
+  IntegerVector SoftReleasedAt, SoftChangedAt;
+
   // Yield counters: how many times an element became yielded in each direction.
   int YieldCountAxial = 0, YieldCountX = 0, YieldCountY = 0, YieldCountTorsion = 0;
+
+  // What GD holds between increments.
+  struct SystemState {
+    bool factorised = false;  // a solve has overwritten GD with factors
+    bool solved = false;      // ... and succeeded: Tractions hold the solution
+    bool unchanged = false;   // the softening found the next system equal to the one solved
+    bool planned = false;     // SoftFactor and the rest hold the decisions of a softening
+  } system;
 };
+
+// Entry (i, j) of the group's pile flexibility D, N by N, from the blocks the workspace
+// keeps: column j of D has its M entries in the rows of j's own pile, and zeros in every
+// other row, since a pile moves only under the stresses on itself.
+inline int PileBlockStart(int M, int j) { return ((j - 1) / M) * M; }  // rows before j's pile
+inline float PileFlexibility(const RealMatrix& D, int i, int j) {
+  const int r0 = PileBlockStart(D.rows(), j);
+  return i > r0 && i <= r0 + D.rows() ? D(i - r0, j) : 0.0f;
+}
 
 // Calls f on every array of the workspace, YamashitaEsv included: the matrices first,
 // then the vectors. The release of a run and the checks that nothing is left both go
@@ -72,8 +106,10 @@ void ForEachArray(Workspace& w, F&& f) {
         &w.HeadDispY,       &w.HeadTwist,        &w.HeadDispAxialInc, &w.HeadDispXInc, &w.HeadDispYInc,
         &w.HeadTwistInc,    &w.PileHeadAxial,    &w.PileHeadX,     &w.PileHeadMomentXZ, &w.PileHeadY,
         &w.PileHeadMomentYZ, &w.PileHeadTorque,  &w.CapDispInc,    &w.CapDispTotal,   &w.CapLoadInc,
-        &w.CapLoadTotal})
+        &w.CapLoadTotal,    &w.SoftFactor})
     f(*v);
+  f(w.SoftReleasedAt);
+  f(w.SoftChangedAt);
 }
 
 // Creation routines: a size below 1 gives an empty array. On success every element is 0
@@ -93,7 +129,8 @@ inline void Release1DIntegerMatrix(IntegerVector& a) { a.release(); }
 
 // All arrays of the run, in the order of creation; 1 or 0.
 int CreateWorkspace(Engine& e);
-// Every array, matrices first; safe after a partial creation and when called twice.
+// Every array, matrices first, and the state of the system; safe after a partial
+// creation and when called twice.
 void ReleaseWorkspace(Engine& e);
 
 }  // namespace quellon

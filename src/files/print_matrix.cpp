@@ -10,16 +10,16 @@
 namespace quellon {
 
 namespace {
-constexpr int kPanelColumns = 7;
-}  // namespace
 
-void PrintMatrix(Engine& e, ReportOut& out, const RealMatrix& a, int rows, int cols) {
+constexpr int kPanelColumns = 7;
+
+// The size line tells what the caller asked for (rows by cols); the numbers run over
+// r_end rows and c_end columns, what the matrix holds of it.
+void PrintEntries(Engine& e, ReportOut& out, int rows, int cols, int r_end, int c_end,
+                  const std::function<float(int, int)>& at) {
   if (!out.open()) return;
   LogLine(e, "PrintMatrix, line 23");
   out.line(" of size: " + FormatInt(rows, 4) + " X" + FormatInt(cols, 4));
-  // The size line tells what the caller asked for; only what the matrix holds prints.
-  const int r_end = std::min(rows, a.rows());
-  const int c_end = std::min(cols, a.cols());
   std::string text;
   for (int first = 1; first <= c_end; first += kPanelColumns) {
     const int last = std::min(first + kPanelColumns - 1, c_end);
@@ -28,10 +28,21 @@ void PrintMatrix(Engine& e, ReportOut& out, const RealMatrix& a, int rows, int c
     out.line(text);
     for (int i = 1; i <= r_end; ++i) {
       text = FormatInt(i, 5) + "  ";
-      for (int j = first; j <= last; ++j) text += FormatSci(a(i, j), 10, 2);
+      for (int j = first; j <= last; ++j) text += FormatSci(at(i, j), 10, 2);
       out.line(text);
     }
   }
+}
+
+}  // namespace
+
+void PrintMatrix(Engine& e, ReportOut& out, const RealMatrix& a, int rows, int cols) {
+  PrintEntries(e, out, rows, cols, std::min(rows, a.rows()), std::min(cols, a.cols()),
+               [&a](int i, int j) { return a(i, j); });
+}
+
+void PrintMatrix(Engine& e, ReportOut& out, int rows, int cols, const std::function<float(int, int)>& at) {
+  PrintEntries(e, out, rows, cols, rows, cols, at);
 }
 
 void PrintVector(Engine& e, ReportOut& out, const RealVector& v, int size) {

@@ -97,7 +97,13 @@ void PrintIncrementHead(Engine& e, int increment) {
   }
   if (e.project.Flag(14)) {
     out.line("D -Pile flexibility matrix of the group");
-    PrintMatrix(e, out, e.ws.D, c.N, c.N);
+    // The workspace keeps only the piles' diagonal blocks; between piles D is zero.
+    const RealMatrix& D = e.ws.D;
+    if (D.rows() == c.M && D.cols() == c.N) {
+      PrintMatrix(e, out, c.N, c.N, [&D](int i, int j) { return PileFlexibility(D, i, j); });
+    } else {
+      PrintMatrix(e, out, RealMatrix{}, c.N, c.N);
+    }
   }
 }
 

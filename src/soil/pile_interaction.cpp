@@ -249,7 +249,7 @@ bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& 
 }
 
 void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,
-                                const PileAxis& q, RealMatrix& pair_K) {
+                                const PileAxis& q, RealMatrix& pair_K, bool with_torsion) {
   pair_K.fill(0.0f);
   const int n = g.n;
   if (n < 1) return;
@@ -290,7 +290,7 @@ void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule
     }
   }
 
-  if (TorsionBetweenPilesApplies(rule, d, *q.pile)) TorsionBetweenPiles(g, p, q, d, dir, pair_K);
+  if (with_torsion && TorsionBetweenPilesApplies(rule, d, *q.pile)) TorsionBetweenPiles(g, p, q, d, dir, pair_K);
 
   // The base of p as field.
   const SoilPoint Bp = field(n + 1);
@@ -317,6 +317,17 @@ void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule
   // Base on base, over the whole area of the base of q.
   const SoilValues v = CombineSoil(p.at(n + 1).soil, q.at(n + 1).soil, poulos);
   pair_K(n + 1, n + 1) = v.Av * w.base_area * dir.AA(MindlinInfluences(v.nu, Bp, Bq));
+}
+
+bool BuildPileTorsionInteraction(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,
+                                 const PileAxis& q, RealMatrix& pair_K) {
+  if (g.n < 1) return false;
+  const PairSpacing d = SpacingOf(*p.pile, *q.pile);
+  float limit = 0.0f;
+  if (InteractionLimit(rule, *q.pile, &limit) && d.s > limit) return false;
+  if (!TorsionBetweenPilesApplies(rule, d, *q.pile)) return false;
+  TorsionBetweenPiles(g, p, q, d, Directions(p, q), pair_K);
+  return true;
 }
 
 void RigidLayerInteractionCorrection(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,

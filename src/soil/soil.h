@@ -19,9 +19,9 @@ int YamashitaVerticalStiffnessAverageAllPiles(Engine& e);
 // soil entry points; run it before the first AssembleSoilFlexibility.
 int CheckCoincidentMidpoints(Engine& e);
 
-// Writes the rows of G that belong to pile p (1-based): its own block and its blocks
-// with every other pile. The blocks between piles are computed in parallel; G is the
-// same whatever the number of threads.
+// Writes pile p's own block of G (1-based p); the turn of pile 1 also writes the blocks
+// between every two piles, in parallel. Called for piles 1 to P in order, it leaves G
+// complete, the same whatever the number of threads.
 void AssembleSoilFlexibility(Engine& e, int p);
 
 }  // namespace quellon

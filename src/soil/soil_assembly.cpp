@@ -1,20 +1,27 @@
-// Assembly of the group's soil flexibility matrix G, one pile's rows at a time.
+// Assembly of the group's soil flexibility matrix G.
 //
 // A pile's own block goes through soil_K, which is kept from one pile to the next and
 // rebuilt only when the pile differs in shape from the pile handled before it. The
-// blocks between the pile and every other pile are independent of one another and are
-// computed in parallel, each by one thread in a fixed order into that thread's own
-// scratch matrix, so G does not depend on the number of threads.
+// blocks between two piles depend on nothing that changes from one pile to the next, so
+// the turn of the first pile writes them all, in one pass over every ordered pair shared
+// among the threads: each block is computed by one thread in a fixed order into that
+// thread's own scratch matrix, so G does not depend on the number of threads, and one
+// pass costs one start of the threads, not one per pile. The torsion blocks between near
+// piles depend on nothing else in a pair's block and take far longer than the rest of
+// it, so they run as a second parallel loop of their own, over the pairs that have one:
+// the threads share that work evenly, and the phase timer sees it apart.
 #include <cmath>
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <omp.h>
 
 #include "engine/engine.h"
 #include "engine/notify.h"
+#include "engine/phase_timer.h"
 #include "soil/soil.h"
 #include "soil/soil_matrices.h"
 
@@ -25,6 +32,11 @@ namespace {
 bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
 bool Alike(float a, float b) { return std::fabs(a - b) < 1e-20f; }
+
+// Kernel calls of the blocks between piles above which they are shared out: some tenths
+// of a millisecond of work, well above the cost of starting the threads. (The torsion
+// loop, of far heavier pairs, shares out above kParallelKernelCalls.)
+constexpr long long kParallelPairCalls = 2048;
 
 // Copies an M by M block into G at the rows of field pile p and the columns of source pile q.
 void CopyBlock(const RealMatrix& block, int p, int q, RealMatrix& G) {
@@ -45,7 +57,8 @@ void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
 
 // The own block of pile p: transverse blocks (the first of which clears soil_K), axial
 // and base block with its rigid layer correction, and torsion.
-void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, RealMatrix& soil_K) {
+void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, PhaseTimer* timer,
+                       RealMatrix& soil_K) {
   const bool straight = std::fabs(pile.RakeX) < 1e-20f && std::fabs(pile.RakeY) < 1e-20f;
   if (straight) {
     BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
@@ -57,7 +70,18 @@ void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* t
   }
   BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
   if (NonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
+  PhaseScope torsion(timer, Phase::kTorsion);
   BuildTorsionalSoilFlexibilityMatrix(g, pile, p, soil_K);
+}
+
+// Copies the torsion block (rows and columns 3n + 2..4n + 1) of an M by M block into G
+// at the place of field pile p and source pile q.
+void CopyTorsionBlock(const RealMatrix& block, int n, int p, int q, RealMatrix& G) {
+  const int M = block.rows();
+  const std::size_t bytes = static_cast<std::size_t>(n) * sizeof(float);
+  for (int v = 3 * n + 2; v <= M; ++v) {
+    std::memcpy(&G(M * (p - 1) + 3 * n + 2, M * (q - 1) + v), block.col(v) + 3 * n + 1, bytes);
+  }
 }
 
 }  // namespace
@@ -86,11 +110,73 @@ InteractionRule InteractionRuleOf(const Engine& e) {
   return rule;
 }
 
+namespace {
+
+// Every block of one pile on another: the blocks without torsion over all ordered pairs,
+// then the torsion blocks of the pairs that have one.
+void AssemblePairBlocks(Engine& e, const SoilGround& g) {
+  const int n = g.n;
+  const int piles = e.foundation.NumberOfPiles;
+  const int M = 4 * n + 1;
+  RealMatrix& G = e.ws.G;
+  PhaseScope pairs(e.timer, Phase::kPairBlocks);
+  const InteractionRule rule = InteractionRuleOf(e);
+  const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
+  std::vector<PileAxis> axes;
+  axes.reserve(static_cast<std::size_t>(piles));
+  for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
+  auto axis = [&axes](int q) -> const PileAxis& { return axes[static_cast<std::size_t>(q - 1)]; };
+
+  // One scratch block per thread, made before the parallel loops so that nothing inside
+  // them allocates.
+  const int threads = omp_get_max_threads();
+  std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
+  for (RealMatrix& m : scratch) m.resize(M, M);
+
+  // The ordered pairs (field p, source q), and those with a torsion block.
+  std::vector<std::pair<int, int>> all, twisted;
+  all.reserve(static_cast<std::size_t>(piles) * static_cast<std::size_t>(piles - 1));
+  for (int p = 1; p <= piles; ++p) {
+    for (int q = 1; q <= piles; ++q) {
+      if (q == p) continue;
+      all.emplace_back(p, q);
+      const Pile& source = e.foundation.Piles(q);
+      if (TorsionBetweenPilesApplies(rule, SpacingOf(e.foundation.Piles(p), source), source)) twisted.emplace_back(p, q);
+    }
+  }
+  // A rough count of the kernel calls of each loop decides whether to share it out.
+  const long long calls = static_cast<long long>(all.size()) * (n + 1) * (n + 1);
+  const long long torsion_calls = 256LL * n * n * static_cast<long long>(twisted.size());
+
+  const int count = static_cast<int>(all.size());
+#pragma omp parallel for schedule(dynamic, 4) num_threads(threads) if (calls >= kParallelPairCalls)
+  for (int k = 0; k < count; ++k) {
+    const auto [p, q] = all[static_cast<std::size_t>(k)];
+    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+    BuildPileInteractionMatrix(g, rule, axis(p), axis(q), pair_K, false);
+    if (rigid) RigidLayerInteractionCorrection(g, rule, axis(p), axis(q), pair_K);
+    CopyBlock(pair_K, p, q, G);
+  }
+
+  if (twisted.empty()) return;
+  PhaseScope torsion(e.timer, Phase::kTorsion);
+  const int twists = static_cast<int>(twisted.size());
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
+  for (int k = 0; k < twists; ++k) {
+    const auto [p, q] = twisted[static_cast<std::size_t>(k)];
+    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+    if (BuildPileTorsionInteraction(g, rule, axis(p), axis(q), pair_K)) CopyTorsionBlock(pair_K, n, p, q, G);
+  }
+}
+
+}  // namespace
+
 void AssembleSoilFlexibility(Engine& e, int p) {
   const int n = e.foundation.NumberOfElements;
   const int piles = e.foundation.NumberOfPiles;
   const int M = 4 * n + 1;
   if (n < 1 || p < 1 || p > piles) return;
+  PhaseScope own(e.timer, Phase::kOwnBlocks);
   const SoilGround g = GroundOf(e);
   RealMatrix& G = e.ws.G;
   if (G.rows() != M * piles || G.cols() != M * piles || e.ws.soil_K.rows() != M || e.ws.pair_K.rows() != M) return;
@@ -107,44 +193,14 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   const bool reuse = p != 1 && before >= 1 && before <= piles && SameSoilBlock(pile, e.foundation.Piles(before));
   if (!reuse) {
     TextFile* trace = LogOpen(e) ? &e.files.log : nullptr;
-    BuildOwnSoilBlock(g, pile, p, trace, e.ws.soil_K);
+    BuildOwnSoilBlock(g, pile, p, trace, e.timer, e.ws.soil_K);
   }
   CopyBlock(e.ws.soil_K, p, p, G);
   if (piles == 1) return;
 
-  // The blocks of every other pile on this one.
-  const InteractionRule rule = InteractionRuleOf(e);
-  const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
-  std::vector<PileAxis> axes;
-  axes.reserve(static_cast<std::size_t>(piles));
-  for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
-  const PileAxis& field = axes[static_cast<std::size_t>(p - 1)];
-
-  // One scratch block per thread, made before the parallel loop so that nothing inside
-  // it allocates.
-  const int threads = omp_get_max_threads();
-  std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
-  for (RealMatrix& m : scratch) m.resize(M, M);
-
-  // A rough count of the kernel calls of the pairs decides whether to share them out.
-  long long calls = 0;
-  for (int q = 1; q <= piles; ++q) {
-    if (q == p) continue;
-    calls += static_cast<long long>(n + 1) * (n + 1);
-    const Pile& source = e.foundation.Piles(q);
-    if (TorsionBetweenPilesApplies(rule, SpacingOf(pile, source), source)) calls += 256LL * n * n;
-  }
-  const bool worth_sharing = calls >= kParallelKernelCalls;
-
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (worth_sharing)
-  for (int q = 1; q <= piles; ++q) {
-    if (q == p) continue;
-    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-    const PileAxis& source = axes[static_cast<std::size_t>(q - 1)];
-    BuildPileInteractionMatrix(g, rule, field, source, pair_K);
-    if (rigid) RigidLayerInteractionCorrection(g, rule, field, source, pair_K);
-    CopyBlock(pair_K, p, q, G);
-  }
+  // The blocks between piles depend on nothing that changes from one pile to the next,
+  // so the first pile's turn writes them all, in one pass shared among the threads.
+  if (p == 1) AssemblePairBlocks(e, g);
 
   // pair_K is left holding the last pair, as a serial pass would leave it.
   CopyBlockOut(G, p, p == piles ? piles - 1 : piles, e.ws.pair_K);

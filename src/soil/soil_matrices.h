@@ -104,9 +104,17 @@ bool InteractionLimit(const InteractionRule& rule, const Pile& source, float* li
 bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& d, const Pile& q);
 
 // Clears pair_K, then fills the influence of the elements of q (the source, columns) on
-// those of p (the field, rows), unless the pair lies beyond the interaction limit.
+// those of p (the field, rows), unless the pair lies beyond the interaction limit. With
+// with_torsion false the torsion block stays zero, for BuildPileTorsionInteraction to
+// fill on its own.
 void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,
-                                const PileAxis& q, RealMatrix& pair_K);
+                                const PileAxis& q, RealMatrix& pair_K, bool with_torsion = true);
+// Writes the torsion block of q on p (rows and columns 3n + 2..4n + 1) as
+// BuildPileInteractionMatrix would, where the pair interacts and torsion between the
+// piles applies, and gives true; otherwise touches nothing and gives false. The rest of
+// pair_K is left as it is: the torsion block depends on no other entry.
+bool BuildPileTorsionInteraction(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,
+                                 const PileAxis& q, RealMatrix& pair_K);
 // Subtracts the vertical displacement that the loads on q cause on the rigid layer below
 // the soil entry point of p, from the axial and base rows. Only for a rigid layer.
 void RigidLayerInteractionCorrection(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,

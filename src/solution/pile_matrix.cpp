@@ -130,13 +130,16 @@ void AssemblePileFlexibility(Engine& e, int p) {
   }
   e.project.ReferencePile = p;
 
+  // The pile's diagonal block of the group's D: columns (p - 1)M + 1 to pM of the blocks
+  // the workspace keeps.
   const int M = UnknownsPerPile(e);
   const int r0 = (p - 1) * M;
   RealMatrix& D = e.ws.D;
   const RealMatrix& pd = e.ws.pile_D;
+  if (D.rows() != M || D.cols() < r0 + M) return;
   for (int c = 1; c <= M; ++c) {
     const float* src = pd.col(c);
-    float* dst = D.col(r0 + c) + r0;
+    float* dst = D.col(r0 + c);
     for (int r = 0; r < M; ++r) dst[r] = src[r];
   }
 }

@@ -21,15 +21,26 @@
 //
 // So the work is one streaming pass over the N by N matrices, however many unknowns are
 // released, instead of a strided sweep along a row of two matrices for each of them.
+//
+// G and GD are thus functions of G0, D and the decisions, which the workspace keeps from
+// one update to the next. The solve factorises GD in place; when an update's decisions
+// are those of the update before, the matrices would come out as they are, and the
+// factors in GD are already those of the next system: the pass is skipped, and the solve
+// keeps the tractions it has (unless GD is to be printed as a matrix). When the work
+// vectors can't be had, GD is formed again from the decisions kept, as it stood before
+// the solve.
 #include "solution/soil_softening.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 #include "engine/engine.h"
 #include "engine/notify.h"
 #include "files/number_forms.h"
 #include "solution/solution.h"
+#include "solution/solve.h"
 
 namespace quellon {
 
@@ -199,13 +210,22 @@ void TorsionalYield(Engine& e, const Layout& g, UpdatePlan& plan) {
   }
 }
 
+// The decisions as the matrix pass reads them.
+struct Decisions {
+  const float* factor;      // [c - 1]
+  const int* released_at;   // [c - 1]
+  const int* last_op_at;    // [c - 1]
+  const int* touched;       // the unknowns with an operation, or null: then every row is
+  int touched_count;        // taken one by one
+};
+
 // Entry (i, j) of G and GD once all operations are applied, from the elastic g0, the
 // pile's d and the softened g_soft of that entry (1-based unknowns).
-inline void SetEntry(const UpdatePlan& plan, int i, int j, float g0, float d, float g_soft, float& g, float& gd) {
-  const int rel_i = plan.released_at(i), rel_j = plan.released_at(j);
+inline void SetEntry(const Decisions& p, int i, int j, float g0, float d, float g_soft, float& g, float& gd) {
+  const int rel_i = p.released_at[i - 1], rel_j = p.released_at[j - 1];
   const float cleared = i == j ? 1.0f : 0.0f;
   g = (rel_i != 0 || rel_j != 0) ? cleared : g_soft;
-  const int last = std::max(plan.last_op_at(i), plan.last_op_at(j));
+  const int last = std::max(p.last_op_at[i - 1], p.last_op_at[j - 1]);
   if (last == 0) {
     gd = g_soft + d;
   } else if (last == rel_i || last == rel_j) {
@@ -216,29 +236,55 @@ inline void SetEntry(const UpdatePlan& plan, int i, int j, float g0, float d, fl
 }
 
 // The elastic copy, the softening and GD = G + D, with every release and restore, in
-// one pass over the columns.
-void RebuildMatrices(Workspace& w, int N, bool take_elastic_copy, const UpdatePlan& plan) {
+// one pass over the columns. D has entries only in the rows of the column's own pile;
+// elsewhere the sum takes 0.
+void RebuildMatrices(Workspace& w, int N, bool take_elastic_copy, const Decisions& p) {
+  const int M = w.D.rows();
+#pragma omp parallel for schedule(static) if (N >= 2048)
   for (int j = 1; j <= N; ++j) {
     float* g = w.G.col(j);
     float* g0 = w.G0.col(j);
-    const float* d = w.D.col(j);
+    const float* dj = w.D.col(j);
     float* gd = w.GD.col(j);
+    const int r0 = PileBlockStart(M, j);
+    auto d = [dj, r0, M](int i) { return i >= r0 && i < r0 + M ? dj[i - r0] : 0.0f; };  // row i from 0
     if (take_elastic_copy) std::copy(g, g + N, g0);
-    const float f = plan.factor(j);
-    if (plan.last_op_at(j) == 0) {
+    const float f = p.factor[j - 1];
+    if (p.last_op_at[j - 1] == 0 && p.touched != nullptr) {
       // An untouched column: softened, summed, then only the rows of touched unknowns.
-      for (int i = 0; i < N; ++i) {
-        g[i] = g0[i] / f;
-        gd[i] = g[i] + d[i];
-      }
-      for (int t = 1; t <= plan.touched_count; ++t) {
-        const int i = plan.touched(t);
-        SetEntry(plan, i, j, g0[i - 1], d[i - 1], g0[i - 1] / f, g[i - 1], gd[i - 1]);
+      for (int i = 0; i < N; ++i) g[i] = g0[i] / f;
+      for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
+      for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + dj[i - r0];
+      for (int i = r0 + M; i < N; ++i) gd[i] = g[i] + 0.0f;
+      for (int t = 0; t < p.touched_count; ++t) {
+        const int i = p.touched[t];
+        SetEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f, g[i - 1], gd[i - 1]);
       }
     } else {
-      for (int i = 1; i <= N; ++i) SetEntry(plan, i, j, g0[i - 1], d[i - 1], g0[i - 1] / f, g[i - 1], gd[i - 1]);
+      for (int i = 1; i <= N; ++i) SetEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f, g[i - 1], gd[i - 1]);
     }
   }
+}
+
+// Whether two sets of decisions give the same matrices: the same releases and restores
+// in the same order, and the same factor for every column that isn't released.
+bool SameDecisions(const UpdatePlan& plan, const Workspace& w, int N) {
+  for (int c = 1; c <= N; ++c) {
+    if (plan.released_at(c) != w.SoftReleasedAt(c) || plan.last_op_at(c) != w.SoftChangedAt(c)) return false;
+    if (plan.released_at(c) == 0 &&
+        std::bit_cast<std::uint32_t>(plan.factor(c)) != std::bit_cast<std::uint32_t>(w.SoftFactor(c)))
+      return false;
+  }
+  return true;
+}
+
+Decisions DecisionsOf(const UpdatePlan& plan) {
+  return {plan.factor.data(), plan.released_at.data(), plan.last_op_at.data(), plan.touched.data(),
+          plan.touched_count};
+}
+
+Decisions KeptDecisions(const Workspace& w) {
+  return {w.SoftFactor.data(), w.SoftReleasedAt.data(), w.SoftChangedAt.data(), nullptr, 0};
 }
 
 }  // namespace
@@ -266,17 +312,27 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
   g.M = 4 * g.n + 1;
   g.N = g.M * g.P;
   const int N = g.N;
-  if (N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != N ||
+  if (N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != g.M ||
       w.D.cols() != N || w.GD.rows() != N || w.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
-      w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N) {
+      w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N ||
+      w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N) {
     return;  // not a workspace of this model
   }
 
   UpdatePlan plan;
   if (!plan.Create(e, N)) {
-    // No yield can be tested; G and GD stay as they are. The elastic copy is still
-    // taken, so that the next update starts from the right matrix.
+    // No yield can be tested; G and GD stay as they were before the solve, which took GD
+    // for its factors: it is formed again. The elastic copy is still taken, so that the
+    // next update starts from the right matrix.
     if (increment == 1) std::copy(w.G.data(), w.G.data() + w.G.count(), w.G0.data());
+    if (w.system.factorised) {
+      if (w.system.planned) {
+        RebuildMatrices(w, N, false, KeptDecisions(w));
+      } else {
+        FormSystemMatrix(w);
+      }
+      w.system = Workspace::SystemState{false, false, false, w.system.planned};
+    }
     return;
   }
 
@@ -288,7 +344,19 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
   UnloadingInDirection(e, g, w.StressY, w.StressYInc, kYRow, &Layout::YUnknown, S, plan);
   TransverseYield(e, g, w.StressY, w.LimitY, kYRow, &Layout::YUnknown, w.YieldCountY, plan);
   TorsionalYield(e, g, plan);
-  RebuildMatrices(w, N, increment == 1, plan);
+
+  // The same decisions as last time leave G as it is and GD as the system just solved,
+  // whose factors GD holds: nothing to do, unless GD is to be printed.
+  const bool gd_printed = e.project.Flag(6) && e.project.TXTUnit != 0;
+  if (increment >= 2 && w.system.planned && w.system.solved && !gd_printed && SameDecisions(plan, w, N)) {
+    w.system.unchanged = true;
+    return;
+  }
+  RebuildMatrices(w, N, increment == 1, DecisionsOf(plan));
+  std::copy(plan.factor.data(), plan.factor.data() + N, w.SoftFactor.data());
+  std::copy(plan.released_at.data(), plan.released_at.data() + N, w.SoftReleasedAt.data());
+  std::copy(plan.last_op_at.data(), plan.last_op_at.data() + N, w.SoftChangedAt.data());
+  w.system = Workspace::SystemState{false, false, false, true};
 }
 
 }  // namespace quellon

@@ -1,16 +1,25 @@
 // The solve of one increment: (G + D) Tractions = UBCV, N equations with one right-hand
 // side per unit movement of the cap, by LAPACK's SGESV or by the engine's own Crout
-// factorisation. The system matrix GD is never factorised itself: both routes work on
-// a copy, so that the softening of the next increment starts from GD as it stands.
+// factorisation (lu_decompose.cpp).
+//
+// Both routes factorise GD in place. Nothing reads the system matrix after its solve:
+// in a non-linear run the softening forms the next one anew from G0, G and D, and a
+// linear run has no next one. Should a solve come with GD still holding factors and no
+// softening in between (a run of several increments without softening), the system is
+// G + D again, and is formed again. When the softening has found the next system equal
+// to the one just solved, the tractions in hand are already its solution.
 #include "solution/solve.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "engine/engine.h"
 #include "engine/notify.h"
+#include "engine/phase_timer.h"
 #include "files/number_forms.h"
 #include "solution/lapack.h"
 #include "solution/solution.h"
@@ -19,100 +28,73 @@ namespace quellon {
 
 namespace {
 
-// Columns factorised together. The updates from the columns to the left of a panel are
-// applied to all its columns in one sweep over each earlier column, which reads the
-// factors once per panel rather than once per column; every element still receives its
-// updates one by one in the order of the earlier columns, so the result is that of the
-// column-by-column method bit for bit.
-constexpr int kPanel = 16;
-static_assert(kPanel % 4 == 0, "the columns left of a panel are taken four at a time");
+constexpr int kUnitColumns = 6;
+constexpr int kTransposeTile = 64;
+
+// The forward sweep of the six right-hand sides, column by column of L: each b(i) takes
+// its terms in rising k, each side from its own first non-zero entry.
+void ForwardAll(const float* A, int n, std::size_t ld, const int* indx, float* B, std::size_t ldb) {
+  int first[kUnitColumns];
+  for (int m = 0; m < kUnitColumns; ++m) {
+    float* b = B + static_cast<std::size_t>(m) * ldb;
+    for (int i = 0; i < n; ++i) {
+      const int r = indx[i] - 1;
+      if (r != i) std::swap(b[r], b[i]);
+    }
+    first[m] = n;
+    for (int i = 0; i < n; ++i) {
+      if (b[i] != 0.0f) {
+        first[m] = i;
+        break;
+      }
+    }
+  }
+  for (int k = 0; k < n - 1; ++k) {
+    const float* ak = A + static_cast<std::size_t>(k) * ld;
+    for (int m = 0; m < kUnitColumns; ++m) {
+      if (k < first[m]) continue;
+      float* b = B + static_cast<std::size_t>(m) * ldb;
+      const float bk = b[k];
+      for (int i = k + 1; i < n; ++i) b[i] = b[i] - ak[i] * bk;
+    }
+  }
+}
+
+// Each row of U into the column below its diagonal, so that the backward sweep, which
+// runs along rows, reads contiguous storage. The multipliers of L are overwritten.
+void TransposeUpperIntoLower(float* A, int n, std::size_t ld) {
+  const int tiles = (n + kTransposeTile - 1) / kTransposeTile;
+#pragma omp parallel for schedule(dynamic) if (n >= 1024)
+  for (int tj = 0; tj < tiles; ++tj) {
+    for (int ti = 0; ti <= tj; ++ti) {
+      const int i0 = ti * kTransposeTile, j0 = tj * kTransposeTile;
+      const int i1 = std::min(n, i0 + kTransposeTile), j1 = std::min(n, j0 + kTransposeTile);
+      for (int i = i0; i < i1; ++i)
+        for (int j = std::max(j0, i + 1); j < j1; ++j)
+          A[static_cast<std::size_t>(j) + static_cast<std::size_t>(i) * ld] =
+              A[static_cast<std::size_t>(i) + static_cast<std::size_t>(j) * ld];
+    }
+  }
+}
+
+// The backward sweep of the six sides at once, from U stored by rows below the diagonal:
+// b(i) = (b(i) - sum of u(i, k) b(k), k rising from i + 1) / u(i, i).
+void BackwardAll(const float* A, int n, std::size_t ld, float* B, std::size_t ldb) {
+  typedef float Float8 __attribute__((vector_size(32)));
+  std::vector<Float8> x(static_cast<std::size_t>(n));
+  for (int i = 0; i < n; ++i)
+    for (int m = 0; m < 8; ++m) x[static_cast<std::size_t>(i)][m] = m < kUnitColumns ? B[i + m * ldb] : 0.0f;
+  for (int i = n - 1; i >= 0; --i) {
+    const float* u = A + static_cast<std::size_t>(i) * ld;  // u[k] = U(i, k) for k > i
+    Float8 s = x[static_cast<std::size_t>(i)];
+    for (int k = i + 1; k < n; ++k) s = s - x[static_cast<std::size_t>(k)] * u[k];
+    x[static_cast<std::size_t>(i)] = s / u[i];
+  }
+  for (int i = 0; i < n; ++i)
+    for (int m = 0; m < kUnitColumns; ++m) B[i + m * ldb] = x[static_cast<std::size_t>(i)][m];
+}
 
 }  // namespace
-
-int LUDecompose(float* A, int n, int lda, int* indx, float* scale, float& sign) {
-  // Indices from 0 below: col(j)[i] is a(i + 1, j + 1).
-  const std::size_t ld = static_cast<std::size_t>(lda);
-  auto col = [A, ld](int j) { return A + static_cast<std::size_t>(j) * ld; };
-
-  // Implicit scaling: each row is weighed by its largest element.
-  for (int i = 0; i < n; ++i) scale[i] = 0.0f;
-  for (int j = 0; j < n; ++j) {
-    const float* aj = col(j);
-    for (int i = 0; i < n; ++i) {
-      const float t = std::fabs(aj[i]);
-      if (t > scale[i]) scale[i] = t;
-    }
-  }
-  for (int i = 0; i < n; ++i) {
-    if (scale[i] < 1e-20f) return 0;  // a row of zeros
-    scale[i] = 1.0f / scale[i];
-  }
-  sign = 1.0f;
-
-  for (int j0 = 0; j0 < n; j0 += kPanel) {
-    const int j1 = j0 + kPanel < n ? j0 + kPanel : n;  // the panel is columns j0 to j1 - 1
-
-    // Updates from the columns left of the panel: a(i, j) -= a(i, k) a(k, j), for k in
-    // increasing order, over the rows below k. a(k, j) is final when column k is reached.
-    // Four columns k are taken at a time: the rows k + 1 to k + 3 are first brought up
-    // to date within the four, then every row below takes the four terms in turn.
-    for (int k = 0; k < j0; k += 4) {
-      const float* c0 = col(k);
-      const float* c1 = col(k + 1);
-      const float* c2 = col(k + 2);
-      const float* c3 = col(k + 3);
-      for (int j = j0; j < j1; ++j) {
-        float* aj = col(j);
-        const float u0 = aj[k];
-        aj[k + 1] = aj[k + 1] - c0[k + 1] * u0;
-        const float u1 = aj[k + 1];
-        aj[k + 2] = (aj[k + 2] - c0[k + 2] * u0) - c1[k + 2] * u1;
-        const float u2 = aj[k + 2];
-        aj[k + 3] = ((aj[k + 3] - c0[k + 3] * u0) - c1[k + 3] * u1) - c2[k + 3] * u2;
-        const float u3 = aj[k + 3];
-        for (int i = k + 4; i < n; ++i) aj[i] = (((aj[i] - c0[i] * u0) - c1[i] * u1) - c2[i] * u2) - c3[i] * u3;
-      }
-    }
-
-    for (int j = j0; j < j1; ++j) {
-      float* aj = col(j);
-      // Updates from the panel's own columns left of j.
-      for (int k = j0; k < j; ++k) {
-        const float* ak = col(k);
-        const float akj = aj[k];
-        for (int i = k + 1; i < n; ++i) aj[i] = aj[i] - ak[i] * akj;
-      }
-
-      // Pivot: the largest scaled element on or below the diagonal; of equal merits the
-      // last row wins.
-      float best = 0.0f;
-      int imax = j;
-      for (int i = j; i < n; ++i) {
-        const float merit = scale[i] * std::fabs(aj[i]);
-        if (merit >= best) {
-          best = merit;
-          imax = i;
-        }
-      }
-      if (imax != j) {
-        for (int c = 0; c < n; ++c) {
-          float* ac = col(c);
-          std::swap(ac[imax], ac[j]);
-        }
-        sign = -sign;
-        scale[imax] = scale[j];
-      }
-      indx[j] = imax + 1;
-      // A vanishing pivot is replaced, not refused: only an all-zero row is fatal.
-      if (std::fabs(aj[j]) < 1e-20f) aj[j] = 1e-20f;
-      if (j != n - 1) {
-        const float dum = 1.0f / aj[j];
-        for (int i = j + 1; i < n; ++i) aj[i] = aj[i] * dum;
-      }
-    }
-  }
-  return 1;
-}
 
 void LUBackSubstitute(const float* A, int n, int lda, const int* indx, float* b) {
   const std::size_t ld = static_cast<std::size_t>(lda);
@@ -144,68 +126,93 @@ void LUBackSubstitute(const float* A, int n, int lda, const int* indx, float* b)
   }
 }
 
+void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ldb) {
+  const std::size_t ld = static_cast<std::size_t>(lda), ldB = static_cast<std::size_t>(ldb);
+  ForwardAll(A, n, ld, indx, B, ldB);
+  TransposeUpperIntoLower(A, n, ld);
+  BackwardAll(A, n, ld, B, ldB);
+}
+
+void FormSystemMatrix(Workspace& w) {
+  const int N = w.G.rows();
+  const int M = w.D.rows();
+  if (N < 1 || w.G.cols() != N || w.GD.rows() != N || w.GD.cols() != N || M < 1 || w.D.cols() != N) return;
+  // Off the pile's own rows D is zero, and the sum is g + 0, which turns a -0 of G into
+  // +0 as the full sum would.
+#pragma omp parallel for schedule(static) if (N >= 2048)
+  for (int j = 1; j <= N; ++j) {
+    const float* g = w.G.col(j);
+    const float* d = w.D.col(j);
+    float* gd = w.GD.col(j);
+    const int r0 = PileBlockStart(M, j);
+    for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
+    for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + d[i - r0];
+    for (int i = r0 + M; i < N; ++i) gd[i] = g[i] + 0.0f;
+  }
+}
+
 int Solve(Engine& e, int increment) {
   Workspace& w = e.ws;
   const int N = NumberOfUnknowns(e);
-  const std::size_t NN = static_cast<std::size_t>(N) * static_cast<std::size_t>(N);
 
   IntegerVector PivotIndex;
-  RealVector b, scale;
-  RealMatrix B, A;
-  if (!(Create1DIntegerMatrix(e, PivotIndex, N) && Create1DRealMatrix(e, b, N) && Create1DRealMatrix(e, scale, N) &&
-        Create2DRealMatrix(e, B, N, 6) && Create2DRealMatrix(e, A, N, N))) {
+  RealVector scale;
+  RealMatrix B;
+  if (!(Create1DIntegerMatrix(e, PivotIndex, N) && Create1DRealMatrix(e, scale, N) &&
+        Create2DRealMatrix(e, B, N, kUnitColumns))) {
     const char* text = "Failed to create matrix in function Solve";
     SendError(e, text);
     LogLine(e, text);
     return 0;
   }
+  const bool lapack = e.project.DynamicModel != 0;
+  LogLine(e, lapack ? "Using MKL libraries..." : "Using LU decompostion...");
 
-  // From the second increment on GD stands as the softening left it.
-  if (increment < 2) {
-    float* gd = w.GD.data();
-    const float* g = w.G.data();
-    const float* d = w.D.data();
-    for (std::size_t i = 0; i < NN; ++i) gd[i] = g[i] + d[i];
-  }
-  {
-    const float* gd = w.GD.data();
-    float* a = A.data();
-    for (std::size_t i = 0; i < NN; ++i) a[i] = gd[i];
-  }
-
-  if (e.project.DynamicModel) {
-    LogLine(e, "Using MKL libraries...");
-    for (int m = 1; m <= 6; ++m) {
-      const float* u = w.UBCV.col(m);
-      float* bm = B.col(m);
-      for (int i = 0; i < N; ++i) bm[i] = u[i];
-    }
-    const int info = LapackSolve(N, 6, A.data(), N, PivotIndex.data(), B.data(), N);
-    if (info == 0) {
-      for (int m = 1; m <= 6; ++m) {
-        const float* bm = B.col(m);
-        float* t = w.Tractions.col(m);
-        for (int i = 0; i < N; ++i) t[i] = bm[i];
-      }
-    } else {
-      LogLine(e, "Call to SGESV failed with error code = " + FormatInt(info));
-    }
+  // The system is the one solved last time: the tractions in hand are its solution.
+  if (increment >= 2 && w.system.unchanged && w.system.solved) {
+    w.system.unchanged = false;
     return 1;
   }
+  w.system.unchanged = false;
+  if (increment < 2 || w.system.factorised) FormSystemMatrix(w);
+  w.system.factorised = true;
+  w.system.solved = false;
 
-  LogLine(e, "Using LU decompostion...");
-  float sign = 1.0f;
-  if (!LUDecompose(A.data(), N, N, PivotIndex.data(), scale.data(), sign)) {
-    e.project.ErrorCode = 262;  // "Error solving matrix inversion (singular matrix)"
-    return 0;
-  }
-  for (int m = 1; m <= 6; ++m) {
+  for (int m = 1; m <= kUnitColumns; ++m) {
     const float* u = w.UBCV.col(m);
-    for (int i = 0; i < N; ++i) b.data()[i] = u[i];
-    LUBackSubstitute(A.data(), N, N, PivotIndex.data(), b.data());
-    float* t = w.Tractions.col(m);
-    for (int i = 0; i < N; ++i) t[i] = b.data()[i];
+    float* bm = B.col(m);
+    for (int i = 0; i < N; ++i) bm[i] = u[i];
   }
+
+  if (lapack) {
+    int info = 0;
+    {
+      PhaseScope factorise(e.timer, Phase::kFactorise);
+      info = LapackSolve(N, kUnitColumns, w.GD.data(), N, PivotIndex.data(), B.data(), N);
+    }
+    if (info != 0) {
+      LogLine(e, "Call to SGESV failed with error code = " + FormatInt(info));
+      return 1;
+    }
+  } else {
+    float sign = 1.0f;
+    int factorised = 0;
+    {
+      PhaseScope factorise(e.timer, Phase::kFactorise);
+      factorised = LUDecompose(w.GD.data(), N, N, PivotIndex.data(), scale.data(), sign);
+    }
+    if (!factorised) {
+      e.project.ErrorCode = 262;  // "Error solving matrix inversion (singular matrix)"
+      return 0;
+    }
+    LUSolveSixSides(w.GD.data(), N, N, PivotIndex.data(), B.data(), N);
+  }
+  for (int m = 1; m <= kUnitColumns; ++m) {
+    const float* bm = B.col(m);
+    float* t = w.Tractions.col(m);
+    for (int i = 0; i < N; ++i) t[i] = bm[i];
+  }
+  w.system.solved = true;
   return 1;
 }
 

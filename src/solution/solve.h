@@ -1,9 +1,11 @@
 // The engine's own dense solver: Crout's LU factorisation with implicit partial
 // pivoting, in single precision, in place on a column-major matrix of leading
-// dimension lda. The LAPACK route is in lapack.h.
+// dimension lda, and the solve of an increment's system. The LAPACK route is in lapack.h.
 #pragma once
 
 namespace quellon {
+
+struct Workspace;
 
 // Factorises the n by n matrix a in place into L (unit diagonal, below) and U. indx(j)
 // (from 1) receives the row that became row j; scale is a work vector of n reals; sign
@@ -11,11 +13,20 @@ namespace quellon {
 // inverse of its largest element, and among equal merits the last row wins. A pivot
 // smaller than 1e-20 in magnitude is replaced by 1e-20 and the factorisation goes on;
 // only a row whose every element is below 1e-20 is fatal: the result is then 0 and a
-// is left partly scaled, otherwise 1.
+// is left partly scaled, otherwise 1. Blocked and shared among the threads, with the
+// factors of the column-by-column method bit for bit.
 int LUDecompose(float* a, int n, int lda, int* indx, float* scale, float& sign);
 
 // Solves with the factors of LUDecompose: b (n reals) is overwritten with the solution.
 // The forward sweep starts at the first non-zero entry of the permuted right-hand side.
 void LUBackSubstitute(const float* a, int n, int lda, const int* indx, float* b);
+
+// The same for the six columns of B (leading dimension ldb) at once, with the same
+// results bit for bit; a faster way, which overwrites the multipliers of L in a (the
+// factors are of no further use to the solve).
+void LUSolveSixSides(float* a, int n, int lda, const int* indx, float* B, int ldb);
+
+// GD = G + D, with D from its diagonal blocks.
+void FormSystemMatrix(Workspace& w);
 
 }  // namespace quellon

@@ -80,7 +80,11 @@ int Update(Engine& e, int increment) {
   // The state for the next increment, from the stresses and limits of this one: yield
   // lags one increment behind the load.
   if (e.project.NonLinear) {
-    UpdateSoilFlexibility(e, i);
+    {
+      PhaseScope softening(e.timer, Phase::kSoftening);
+      UpdateSoilFlexibility(e, i);
+    }
+    PhaseScope reports(e.timer, Phase::kReports);
     PrintNonLinearMatrices(e, i);
   }
 
@@ -109,8 +113,11 @@ int Update(Engine& e, int increment) {
 
   // Reports of the increment; the writers apply their own flags and cut-offs, and the
   // XML writer calls the pile cap callbacks inside its block.
-  WriteXMLIncrement(e, i);
-  WriteTXTIncrementResults(e, i);
+  {
+    PhaseScope reports(e.timer, Phase::kReports);
+    WriteXMLIncrement(e, i);
+    WriteTXTIncrementResults(e, i);
+  }
 
   // Capacity: the run ends when every axial unknown of the group has yielded.
   if (w.YieldCountAxial != rows) return 1;

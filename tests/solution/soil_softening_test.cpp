@@ -32,10 +32,11 @@ struct System {
     EXPECT_EQ(CreateWorkspace(e), 1);
     Workspace& w = e.ws;
     for (int j = 1; j <= N; ++j) {
-      for (int i = 1; i <= N; ++i) {
+      for (int i = 1; i <= N; ++i)
         w.G(i, j) = 1e-3f * static_cast<float>(1 + (7 * i + 3 * j) % 11) + (i == j ? 1e-2f : 0.0f);
-        w.D(i, j) = 1e-4f * static_cast<float>(1 + (i + 2 * j) % 5);
-      }
+      // D has entries in the rows of the column's own pile only.
+      const int r0 = PileBlockStart(M, j);
+      for (int r = 1; r <= M; ++r) w.D(r, j) = 1e-4f * static_cast<float>(1 + (r0 + r + 2 * j) % 5);
     }
     for (RealVector* v : {&w.LimitAxial, &w.LimitX, &w.LimitY, &w.LimitTorsion}) v->fill(100.0f);
   }
@@ -58,7 +59,7 @@ testing::AssertionResult SoftenedBy(const Workspace& w, int c, float f, std::ini
   for (int i = 1; i <= w.G.rows(); ++i) {
     const bool cleared = std::find(released.begin(), released.end(), i) != released.end();
     const float g = cleared ? 0.0f : w.G0(i, c) / f;
-    if (w.G(i, c) != g || w.GD(i, c) != (cleared ? 0.0f : g + w.D(i, c)))
+    if (w.G(i, c) != g || w.GD(i, c) != (cleared ? 0.0f : g + PileFlexibility(w.D, i, c)))
       return testing::AssertionFailure() << "column " << c << " wrong at row " << i;
   }
   return testing::AssertionSuccess();
@@ -215,8 +216,8 @@ TEST(SoilSoftening, UnloadingNeedsAllowanceAndSixteenElementsAndCarriesTheSum) {
         if (!unloads) continue;
         // Elastic in the system matrix; G keeps the column softened by the failed stress.
         for (int i = 1; i <= s.N; ++i) {
-          ASSERT_EQ(w.GD(i, c), w.G0(i, c) + w.D(i, c));
-          ASSERT_EQ(w.GD(c, i), w.G0(c, i) + w.D(c, i));
+          ASSERT_EQ(w.GD(i, c), w.G0(i, c) + PileFlexibility(w.D, i, c));
+          ASSERT_EQ(w.GD(c, i), w.G0(c, i) + PileFlexibility(w.D, c, i));
           ASSERT_EQ(w.G(i, c), w.G0(i, c) / kMinimumSofteningFactor);
         }
       }
@@ -248,7 +249,7 @@ void StepByStepUpdate(Engine& e, int increment) {
     soften(q * M + 3 * n + 1 + k, SofteningFactor(w.StressTorsion(r), w.LimitTorsion(r), pr.Rt));
   }
   for (int j = 1; j <= N; ++j)
-    for (int i = 1; i <= N; ++i) w.GD(i, j) = w.G(i, j) + w.D(i, j);
+    for (int i = 1; i <= N; ++i) w.GD(i, j) = w.G(i, j) + PileFlexibility(w.D, i, j);
   auto release = [&](int c) {
     for (int i = 1; i <= N; ++i) w.GD(i, c) = w.GD(c, i) = w.G(i, c) = w.G(c, i) = 0.0f;
     w.GD(c, c) = w.G(c, c) = 1.0f;
@@ -280,8 +281,8 @@ void StepByStepUpdate(Engine& e, int increment) {
         unloading[static_cast<std::size_t>(r)] = 1;
         st(r) = 0.0f;
         for (int i = 1; i <= N; ++i) {
-          w.GD(i, c) = w.G0(i, c) + w.D(i, c);
-          w.GD(c, i) = w.G0(c, i) + w.D(c, i);
+          w.GD(i, c) = w.G0(i, c) + PileFlexibility(w.D, i, c);
+          w.GD(c, i) = w.G0(c, i) + PileFlexibility(w.D, c, i);
         }
       }
     }
