@@ -6,8 +6,10 @@
 
 #include "engine/engine.h"
 #include "engine/file_units.h"
+#include "engine/model_checks.h"
 #include "engine/model_tables.h"
 #include "engine/notify.h"
+#include "engine/result_checks.h"
 #include "engine/workspace.h"
 #include "files/number_forms.h"
 #include "files/reports.h"
@@ -34,7 +36,8 @@ class RunningScope {
   Engine& e_;
 };
 
-enum class IncrementEnd { kNext, kStop, kAbandon };
+// kFail: a result that is not a number; the run ends as a failure, in order.
+enum class IncrementEnd { kNext, kStop, kAbandon, kFail };
 
 // One load increment. solve_result receives the result of Solve, which the run returns
 // if it is abandoned.
@@ -44,12 +47,14 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   // A failed solve has told the host already; the increment goes on with the
   // tractions in hand.
   solve_result = Solve(e, i);
+  if (CheckTractions(e, i) == 0) return IncrementEnd::kFail;
   PrintSolveVectors(e);
   SplitTractions(e);
   PrintUnitStresses(e);
   CalcHeadLoads(e, i);
   PrintUnitHeadLoads(e);
   if (CalcStiffnessDisplsStressesLoads(e, i) == 0) return IncrementEnd::kAbandon;
+  if (CheckIncrementResults(e, i) == 0) return IncrementEnd::kFail;
   SplitSoilDisplacements(e);
   PrintIncrementalDisplacements(e);
   // Update ends the loop when the axial capacity of the group is used up; this
@@ -62,6 +67,13 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   return IncrementEnd::kNext;
 }
 
+// A run that fails once its XML document is begun closes the document first, so that
+// what was written stays well-formed.
+int FailWithDocumentClosed(Engine& e) {
+  WriteXMLOutputEnd(e);
+  return 0;
+}
+
 // From the workspace to the end of the increments. Returns 1 when the increments ended
 // in order, 0 when the run could not start them; abandoned tells the caller to leave at
 // once with the returned value, which is then the last result of Solve.
@@ -69,6 +81,8 @@ int Calculate(Engine& e, bool& abandoned) {
   abandoned = false;
   if (CreateWorkspace(e) == 0) return 0;
   PrepareGroupGeometry(e);
+  // A model whose numerics would be undefined is refused before anything is assembled.
+  if (CheckModel(e) == 0) return 0;
   // Two piles whose load points coincide would make the soil matrices divide by zero:
   // such a model is refused before anything is assembled.
   if (CheckCoincidentMidpoints(e) == 0) return 0;
@@ -82,6 +96,7 @@ int Calculate(Engine& e, bool& abandoned) {
   WriteXMLOutputStart(e);
   if (e.project.NonLinear != 0) {
     LimitingStressesAllPiles(e);
+    if (CheckLimitingStresses(e) == 0) return FailWithDocumentClosed(e);
     if (e.project.Flag(18)) PrintLimitingStresses(e);
   }
 
@@ -89,10 +104,12 @@ int Calculate(Engine& e, bool& abandoned) {
   const int piles = e.foundation.NumberOfPiles;
   for (int p = 1; p <= piles; ++p) {
     AssembleSoilFlexibility(e, p);
+    if (CheckSoilFlexibilityRows(e, p) == 0) return FailWithDocumentClosed(e);
     if (e.project.Flag(3)) WriteSinglePileMatrix(e, p);
     AssemblePileFlexibility(e, p);
     BuildBoundaryConditionVectors(e, p);
   }
+  if (CheckPileMatrices(e) == 0) return FailWithDocumentClosed(e);
 
   int solve_result = 0;
   const int increments = e.actions.NumberOfIncrements;
@@ -102,6 +119,7 @@ int Calculate(Engine& e, bool& abandoned) {
       abandoned = true;
       return solve_result;
     }
+    if (end == IncrementEnd::kFail) return FailWithDocumentClosed(e);
     if (end == IncrementEnd::kStop) break;
   }
   PostWindowMessage(e, kFinalIncrementCompleted);
