@@ -224,7 +224,7 @@ int CheckIncrementResults(Engine& e, int increment) {
       {"torque increment", &w.TorqueInc, Rows::kElement},
   };
   return CheckVectors(e, results, IncrementText(increment) + ": ",
-                      ": the group's stiffness is too ill-conditioned for single precision");
+                      ": the increment's system is too ill-conditioned for single precision");
 }
 
 }  // namespace quellon
