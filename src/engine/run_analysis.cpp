@@ -4,6 +4,7 @@
 #include <new>
 #include <string>
 
+#include "engine/deferred_closes.h"
 #include "engine/engine.h"
 #include "engine/file_units.h"
 #include "engine/model_checks.h"
@@ -158,12 +159,9 @@ int OpenRunFiles(Engine& e, std::string_view xml_path, std::optional<std::string
   return e.project.XMLUnit != 0 ? 1 : 0;
 }
 
-int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
-  if (e.running) {
-    SendError(e, "An analysis is already running");
-    return 0;
-  }
-  RunningScope running(e);
+namespace {
+
+int OpenAndRun(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
   if (OpenRunFiles(e, xml_path, txt_path) == 0) return 0;
 
   SendInfo(e, "Running the boundary element analysis...");
@@ -183,6 +181,26 @@ int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_
     result = 0;
   }
   Finish(e, result);
+  return result;
+}
+
+}  // namespace
+
+int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
+  if (e.running) {
+    SendError(e, "An analysis is already running");
+    return 0;
+  }
+  int result = 0;
+  try {
+    RunningScope running(e);
+    result = OpenAndRun(e, xml_path, txt_path);
+  } catch (...) {
+    CloseFilesDeferredByRun(e);
+    throw;
+  }
+  // The closes that the host asked for during the run, now that its documents are done.
+  CloseFilesDeferredByRun(e);
   return result;
 }
 

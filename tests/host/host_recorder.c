@@ -33,7 +33,8 @@ static void record(const char* format, ...) {
   used += (size_t)n;
 }
 
-static void on_message(const int* severity, const char* text) { record("message %d %s", *severity, text); }
+void recorder_message(const int* severity, const char* text) { record("message %d %s", *severity, text); }
+static void on_message(const int* severity, const char* text) { recorder_message(severity, text); }
 static void on_counter(const int* i) { record("counter %d", *i); }
 static void on_create_increment(const int* i) { record("create %d", *i); }
 

@@ -14,6 +14,9 @@ void recorder_register_all(void);
 /* Clears every registration (message callback first, so the "not set" errors reach no
  * one) and the observer. */
 void recorder_unregister_all(void);
+/* Records a message as the registered message function does, for a host function of a
+ * test's own that passes its messages on. */
+void recorder_message(const int* severity, const char* text);
 /* Forgets what was recorded. */
 void recorder_clear(void);
 /* All recorded lines, each ended by '\n'. Lines:
