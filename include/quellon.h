@@ -14,9 +14,21 @@
  *   - a text is a pointer to NUL-terminated characters and a count of characters to
  *     take (a negative count takes none; the count must not exceed the text's length);
  *   - a "bool" argument is one byte, stored as a 32-bit integer without a check;
- *   - every setter echoes its call to the LOG file when one is open;
- *   - while a run is in progress (a callback calling back into the engine) the model
- *     setters and the run entries refuse with 0 and an error message.
+ *   - every setter echoes its call to the LOG file when one is open.
+ *
+ * Calls from inside a run. A host's function called during a run (a callback, the
+ * message function, the window message observer) may call back into the engine:
+ *   - refused with 0 and an error message, the model left as the run uses it: every
+ *     model setter, READTMWFILEDIRECT and the three run entries;
+ *   - allowed, at once: the getters, QuellonGetVersion, QuellonTest, registering or
+ *     clearing any callback (QuellonCloseAllCallbacks included; a function cleared
+ *     meanwhile is not called), creating or closing the LOG, writing the model in hand
+ *     to a TMK file and closing it, closing the TMW file;
+ *   - deferred: QuellonCloseTXTFile and QuellonCloseAllFiles are carried out when the
+ *     run ends, after the last line of its XML and TXT documents, with their usual
+ *     messages; an info message says so at the time of the call.
+ * A message that arises while the message function itself is running (from a call it
+ * makes into the engine) goes to the LOG only, never to the message function again.
  *
  * Units: m, kN, kNm, kPa, kN/m^3, degrees. Section stiffnesses are passed in MN and
  * MNm^2 and held in kN and kNm^2. X and Y are horizontal, Z is positive downward.
@@ -190,7 +202,12 @@ QUELLON_API int QuellonSetWindowMessageObserver(QuellonWindowMessageFn fn);
  * Run. The XML output is required; the TXT report is optional. Result 1 means that the
  * increments ended in an orderly way (including the stop at the axial capacity of the
  * group, which is reported as an error message); 0 that a file could not be opened or
- * the workspace could not be created.
+ * the workspace could not be created, or that the run was refused or ended as a failure:
+ * a model whose numerics would be undefined (no piles, a modulus of 0 or less where a
+ * pile reaches, a value that is not a finite number, ...) is refused before anything
+ * is assembled, and a result that is not a finite number ends the run; in both cases
+ * one error message names the pile, layer or element, the model is reset as after any
+ * run, and the XML output is left well-formed (a refused model leaves it empty).
  * ------------------------------------------------------------------------------- */
 QUELLON_API int QuellonRunAnalysis1(const char* xml_path);
 /* A null txt_path runs as QuellonRunAnalysis1. */
@@ -220,7 +237,9 @@ QUELLON_API int QuellonGetTMWLineNumber(void);
 
 QUELLON_API void QuellonCloseTMWFile(void);
 QUELLON_API void QuellonCloseTMKFile(void);
+/* Called during a run (from a callback), the next two close when the run ends. */
 QUELLON_API void QuellonCloseTXTFile(void);
+/* Closes TMW, TMK, XML, TXT and last the LOG. */
 QUELLON_API void QuellonCloseAllFiles(void);
 
 #ifdef __cplusplus

@@ -1,6 +1,7 @@
 // Exported file operations of the LOG and the closing of the other units. The text
 // model file's own create and read operations stand with its reader and writer.
 #include "engine/capi_guard.h"
+#include "engine/deferred_closes.h"
 #include "engine/file_units.h"
 #include "engine/fixed_text.h"
 #include "quellon.h"
@@ -29,12 +30,13 @@ void QuellonCloseTMKFile(void) {
   Guarded([] { CloseTMKFile(TheEngine()); });
 }
 
+// The run's outputs close when the run ends if the host asks from inside it.
 void QuellonCloseTXTFile(void) {
-  Guarded([] { CloseTXTFile(TheEngine()); });
+  Guarded([] { CloseTXTFileForHost(TheEngine()); });
 }
 
 void QuellonCloseAllFiles(void) {
-  Guarded([] { CloseAllFiles(TheEngine()); });
+  Guarded([] { CloseAllFilesForHost(TheEngine()); });
 }
 
 }  // extern "C"

@@ -48,6 +48,11 @@ struct Engine {
   Workspace ws;
   XMLDocumentState xml_document;  // elements of the XML output that are open
   bool running = false;  // a run is in progress on this engine
+  bool delivering_message = false;  // the host's message function is being called
+  // Closes of the run's outputs that the host asked for while a run was in progress;
+  // the run carries them out when it ends.
+  bool close_txt_after_run = false;
+  bool close_all_after_run = false;
   // What the creation routines ask before they allocate: the bytes that may still be
   // taken. A request above it counts as exhausted memory. Tests put their own in.
   std::uint64_t (*memory_probe)() = &AvailableMemoryBytes;

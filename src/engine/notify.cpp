@@ -17,10 +17,18 @@ void LogLine(Engine& e, std::string_view text) {
 
 void SendMessage(Engine& e, int severity, std::string_view text) {
   static constexpr std::string_view kPrefix[] = {"[Info] ", "[Warning] ", "[Error] ", "[Critical] "};
-  if (e.project.MessageCallback != nullptr) {
+  // A message raised by a call that the host's message function makes into the engine
+  // goes to the LOG alone: delivering it would call the function again from inside
+  // itself, and without end for a function that answers a message with such a call.
+  if (e.project.MessageCallback != nullptr && !e.delivering_message) {
     // The host gets its own NUL-terminated copy, valid for the call only.
     const std::string buffer(TrimRight(text));
     const int sev = severity;
+    struct Delivering {
+      bool& flag;
+      explicit Delivering(bool& f) : flag(f) { flag = true; }
+      ~Delivering() { flag = false; }
+    } delivering(e.delivering_message);
     e.project.MessageCallback(&sev, buffer.c_str());
   }
   if (LogOpen(e) && severity >= 0 && severity <= 3) {
@@ -61,8 +69,9 @@ void NotifyStiffnesses(Engine& e, int increment, const float* grmat) {
     float k[9];
     for (int a = 1; a <= 3; ++a)
       for (int b = 1; b <= 3; ++b) k[(a - 1) * 3 + (b - 1)] = at(a, b);
-    e.callbacks.SendForceDisplacementStiffnesses(&k[0], &k[1], &k[2], &k[3], &k[4], &k[5], &k[6], &k[7],
-                                                 &k[8]);
+    // The host's message function may have cleared or replaced the entry meanwhile.
+    if (const auto send = e.callbacks.SendForceDisplacementStiffnesses)
+      send(&k[0], &k[1], &k[2], &k[3], &k[4], &k[5], &k[6], &k[7], &k[8]);
     LogLine(e, "CalcStiffnessDisplsStressesLoads, line 192");
     std::string line = "SendForceDisplacementStiffnesses (GN/m): [" + FormatInt(increment) + "]";
     for (int a = 1; a <= 3; ++a)
@@ -73,7 +82,7 @@ void NotifyStiffnesses(Engine& e, int increment, const float* grmat) {
     SendInfo(e, "Sending stiffness matrix...");
     float copy[36];
     for (int i = 0; i < 36; ++i) copy[i] = grmat[i];
-    e.callbacks.SendStiffnessMatrix(copy);
+    if (const auto send = e.callbacks.SendStiffnessMatrix) send(copy);
   }
 }
 
@@ -98,7 +107,7 @@ void NotifyPileCapLoads(Engine& e, int increment) {
   SendInfo(e, "Sending pile cap loads...");
   float v[6];
   ExternalOrder(e.ws.CapLoadTotal, v);
-  e.callbacks.SendPileCapLoads(&v[0], &v[1], &v[2], &v[3], &v[4], &v[5]);
+  if (const auto send = e.callbacks.SendPileCapLoads) send(&v[0], &v[1], &v[2], &v[3], &v[4], &v[5]);
   LogLine(e, "Update, line 234");
   std::string line = "SendPileCapLoads (kN/kNm): " + FormatInt(increment);
   ExternalOrder(e.ws.CapLoadTotal, v);
@@ -111,7 +120,7 @@ void NotifyPileCapDisplacements(Engine& e, int increment) {
   SendInfo(e, "Sending pile cap displacements...");
   float v[6];
   ExternalOrder(e.ws.CapDispTotal, v);
-  e.callbacks.SendPileCapDisplacements(&v[0], &v[1], &v[2], &v[3], &v[4], &v[5]);
+  if (const auto send = e.callbacks.SendPileCapDisplacements) send(&v[0], &v[1], &v[2], &v[3], &v[4], &v[5]);
   LogLine(e, "Update, line 273");
   std::string line = "SendPileCapDisplacements (mm/mrad): " + FormatInt(increment);
   ExternalOrder(e.ws.CapDispTotal, v);

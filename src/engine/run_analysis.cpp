@@ -4,10 +4,13 @@
 #include <new>
 #include <string>
 
+#include "engine/deferred_closes.h"
 #include "engine/engine.h"
 #include "engine/file_units.h"
+#include "engine/model_checks.h"
 #include "engine/model_tables.h"
 #include "engine/notify.h"
+#include "engine/result_checks.h"
 #include "engine/workspace.h"
 #include "files/number_forms.h"
 #include "files/reports.h"
@@ -34,7 +37,8 @@ class RunningScope {
   Engine& e_;
 };
 
-enum class IncrementEnd { kNext, kStop, kAbandon };
+// kFail: a result that is not a number; the run ends as a failure, in order.
+enum class IncrementEnd { kNext, kStop, kAbandon, kFail };
 
 // One load increment. solve_result receives the result of Solve, which the run returns
 // if it is abandoned.
@@ -47,12 +51,14 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   SwitchPhase(e.timer, Phase::kSolve);
   solve_result = Solve(e, i);
   SwitchPhase(e.timer, Phase::kResults);
+  if (CheckTractions(e, i) == 0) return IncrementEnd::kFail;
   PrintSolveVectors(e);
   SplitTractions(e);
   PrintUnitStresses(e);
   CalcHeadLoads(e, i);
   PrintUnitHeadLoads(e);
   if (CalcStiffnessDisplsStressesLoads(e, i) == 0) return IncrementEnd::kAbandon;
+  if (CheckIncrementResults(e, i) == 0) return IncrementEnd::kFail;
   SplitSoilDisplacements(e);
   PrintIncrementalDisplacements(e);
   // Update ends the loop when the axial capacity of the group is used up; this
@@ -66,6 +72,13 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   return IncrementEnd::kNext;
 }
 
+// A run that fails once its XML document is begun closes the document first, so that
+// what was written stays well-formed.
+int FailWithDocumentClosed(Engine& e) {
+  WriteXMLOutputEnd(e);
+  return 0;
+}
+
 // From the workspace to the end of the increments. Returns 1 when the increments ended
 // in order, 0 when the run could not start them; abandoned tells the caller to leave at
 // once with the returned value, which is then the last result of Solve.
@@ -75,6 +88,8 @@ int Calculate(Engine& e, bool& abandoned) {
   if (CreateWorkspace(e) == 0) return 0;
   SwitchPhase(e.timer, Phase::kGeometry);
   PrepareGroupGeometry(e);
+  // A model whose numerics would be undefined is refused before anything is assembled.
+  if (CheckModel(e) == 0) return 0;
   // Two piles whose load points coincide would make the soil matrices divide by zero:
   // such a model is refused before anything is assembled.
   if (CheckCoincidentMidpoints(e) == 0) return 0;
@@ -92,6 +107,7 @@ int Calculate(Engine& e, bool& abandoned) {
   if (e.project.NonLinear != 0) {
     SwitchPhase(e.timer, Phase::kGeometry);
     LimitingStressesAllPiles(e);
+    if (CheckLimitingStresses(e) == 0) return FailWithDocumentClosed(e);
     if (e.project.Flag(18)) PrintLimitingStresses(e);
   }
 
@@ -99,12 +115,14 @@ int Calculate(Engine& e, bool& abandoned) {
   const int piles = e.foundation.NumberOfPiles;
   for (int p = 1; p <= piles; ++p) {
     AssembleSoilFlexibility(e, p);
+    if (CheckSoilFlexibilityRows(e, p) == 0) return FailWithDocumentClosed(e);
     SwitchPhase(e.timer, Phase::kReports);
     if (e.project.Flag(3)) WriteSinglePileMatrix(e, p);
     SwitchPhase(e.timer, Phase::kPileAndBCV);
     AssemblePileFlexibility(e, p);
     BuildBoundaryConditionVectors(e, p);
   }
+  if (CheckPileMatrices(e) == 0) return FailWithDocumentClosed(e);
 
   int solve_result = 0;
   const int increments = e.actions.NumberOfIncrements;
@@ -114,6 +132,7 @@ int Calculate(Engine& e, bool& abandoned) {
       abandoned = true;
       return solve_result;
     }
+    if (end == IncrementEnd::kFail) return FailWithDocumentClosed(e);
     if (end == IncrementEnd::kStop) break;
   }
   PostWindowMessage(e, kFinalIncrementCompleted);
@@ -154,12 +173,9 @@ int OpenRunFiles(Engine& e, std::string_view xml_path, std::optional<std::string
   return e.project.XMLUnit != 0 ? 1 : 0;
 }
 
-int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
-  if (e.running) {
-    SendError(e, "An analysis is already running");
-    return 0;
-  }
-  RunningScope running(e);
+namespace {
+
+int OpenAndRun(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
   if (OpenRunFiles(e, xml_path, txt_path) == 0) return 0;
 
   SendInfo(e, "Running the boundary element analysis...");
@@ -179,6 +195,26 @@ int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_
     result = 0;
   }
   Finish(e, result);
+  return result;
+}
+
+}  // namespace
+
+int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path) {
+  if (e.running) {
+    SendError(e, "An analysis is already running");
+    return 0;
+  }
+  int result = 0;
+  try {
+    RunningScope running(e);
+    result = OpenAndRun(e, xml_path, txt_path);
+  } catch (...) {
+    CloseFilesDeferredByRun(e);
+    throw;
+  }
+  // The closes that the host asked for during the run, now that its documents are done.
+  CloseFilesDeferredByRun(e);
   return result;
 }
 

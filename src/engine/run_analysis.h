@@ -16,7 +16,10 @@ struct Engine;
 // Result 1: the increments ended in an orderly way (all of them, or the stop at the
 // axial capacity of the group). Result 0: the XML output could not be opened (the model
 // is kept and nothing else runs), or the workspace or the modulus table could not be
-// made, or the run failed for want of memory; the model is then reset all the same.
+// made, or the model was refused by its checks, or a result was not a finite number, or
+// the run failed for want of memory; the model is then reset all the same, and an XML
+// document begun is closed. The host's closes of the run's outputs asked for during the
+// run are carried out at its end.
 // When the group stiffness of an increment can't be formed, the run is abandoned where
 // it stands, workspace and model left in memory, with the result of the last solve.
 int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path);

@@ -37,7 +37,10 @@ int ReadTMWUnit(Engine& e, int unit) {
 int ReadTMWFile(Engine& e, const std::string& path) {
   // A model read in the middle of a run would change the counts that the run's arrays
   // were sized from; the engine refuses it.
-  if (e.running) return 0;
+  if (e.running) {
+    SendError(e, kBusyText);
+    return 0;
+  }
   if (!e.files.tmw.open_for_reading(path)) {
     LogLine(e, "Error opening TMW file: " + path);
     e.project.TMWUnit = 0;

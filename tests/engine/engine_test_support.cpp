@@ -93,6 +93,8 @@ void ResetTheEngine() {
   e.window_observer = nullptr;
   ReleaseWorkspace(e);
   e.running = false;
+  e.delivering_message = false;
+  e.close_txt_after_run = e.close_all_after_run = false;
   e.memory_probe = &AvailableMemoryBytes;
 }
 

@@ -26,7 +26,8 @@ static void record(int count, const float* v, const char* format, ...) {
   buffer[used] = '\0';
 }
 
-static void on_message(const int* severity, const char* text) { record(0, NULL, "message %d %s", *severity, text); }
+void recorder_message(const int* severity, const char* text) { record(0, NULL, "message %d %s", *severity, text); }
+static void on_message(const int* severity, const char* text) { recorder_message(severity, text); }
 static void on_counter(const int* i) { record(0, NULL, "counter %d", *i); }
 static void on_create(const int* i) { record(0, NULL, "create %d", *i); }
 static void on_window(const char* name, long w, long l) { record(0, NULL, "window %s %ld %ld", name, w, l); }

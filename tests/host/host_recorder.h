@@ -12,6 +12,9 @@ extern "C" {
 // on = 0 clears every registration. The message callback goes first either way, so that
 // the registrations' own messages are heard and the "not set" errors reach no one.
 void recorder_register_all(int on);
+// Records a message as the registered message function does, for a test's own host
+// function that passes its messages on.
+void recorder_message(const int* severity, const char* text);
 void recorder_clear(void);
 const char* recorder_text(void);
 #ifdef __cplusplus
