@@ -4,6 +4,10 @@
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libopenblas-dev libgtest-dev libbenchmark-dev libxml2-dev)
+# The fuzz build needs clang with libFuzzer and its OpenMP runtime.
+if [ "${QUELLON_WITH_FUZZ:-${CI:-false}}" = "true" ]; then
+  packages+=(clang-14 libclang-rt-14-dev libomp-14-dev)
+fi
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

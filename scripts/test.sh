@@ -7,3 +7,10 @@ build=${BUILD_DIR:-build}
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DQUELLON_BUILD_BENCH=OFF >/dev/null
 cmake --build "$build" -j"$(nproc)"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
+
+# CI (CI=true) goes further: the whole suite again under AddressSanitizer and
+# UndefinedBehaviorSanitizer, and a short run of the fuzz target of the model reader.
+if [ "${CI:-false}" = "true" ]; then
+  bash scripts/test-sanitizers.sh
+  bash scripts/test-fuzz.sh
+fi
