@@ -79,6 +79,7 @@ struct Workspace {
 // other row, since a pile moves only under the stresses on itself.
 inline int PileBlockStart(int M, int j) { return ((j - 1) / M) * M; }  // rows before j's pile
 inline float PileFlexibility(const RealMatrix& D, int i, int j) {
+  if (D.rows() < 1) return 0.0f;
   const int r0 = PileBlockStart(D.rows(), j);
   return i > r0 && i <= r0 + D.rows() ? D(i - r0, j) : 0.0f;
 }
@@ -127,7 +128,8 @@ inline void Release1DLogicalMatrix(LogicalVector& a) { a.release(); }
 inline void Release2DLogicalMatrix(LogicalMatrix& a) { a.release(); }
 inline void Release1DIntegerMatrix(IntegerVector& a) { a.release(); }
 
-// All arrays of the run, in the order of creation; 1 or 0.
+// All arrays of the run, in the order of creation; 1 or 0. Reads the counts of the model,
+// DynamicModel no more, and NonLinear, which decides on G0 and the softening's vectors.
 int CreateWorkspace(Engine& e);
 // Every array, matrices first, and the state of the system; safe after a partial
 // creation and when called twice.

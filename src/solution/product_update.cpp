@@ -118,7 +118,8 @@ void ProductUpdate::Apply(float* a, std::size_t lda, int i0, int i1, int c0, int
 #pragma omp parallel if (parallel)
   {
     // A by slivers of mr rows, k-major; rows past the end are zeros and never stored.
-#pragma omp for schedule(static)
+    // The tiles wait for both packings at the end of the second.
+#pragma omp for schedule(static) nowait
     for (int s = 0; s < row_slivers; ++s) {
       float* dst = Ap + static_cast<std::size_t>(s) * a_sliver;
       const int r0 = i0 + s * mr;
