@@ -1,16 +1,12 @@
 // Small models for the tests of the pile and group solution: an engine with its piles
-// and workspace, a synthetic soil matrix written straight into G, a linear increment run
-// through the solution's routines, and a LOG captured to a temporary file.
+// and workspace, a synthetic soil matrix written straight into G, and a linear increment
+// run through the solution's routines.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <string>
 #include <vector>
 
 #include "engine/engine.h"
@@ -117,40 +113,6 @@ struct StiffnessCapture {
   static void Attach(Engine& e) {
     calls = 0;
     e.callbacks.SendStiffnessMatrix = &Receive;
-  }
-};
-
-// A LOG on a temporary file; text() closes it and gives its lines.
-class LogCapture {
- public:
-  explicit LogCapture(Engine& e) : e_(e) {
-    path_ = ::testing::TempDir() + "solution_log_" + std::to_string(++counter_) + ".log";
-    e.files.log.create(path_);
-    e.project.LOGUnit = kLOGUnit;
-  }
-  ~LogCapture() { std::remove(path_.c_str()); }
-  std::string text() {
-    e_.files.log.close();
-    e_.project.LOGUnit = 0;
-    std::ifstream in(path_, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-  }
-
- private:
-  Engine& e_;
-  std::string path_;
-  static inline int counter_ = 0;
-};
-
-// Messages sent to the host.
-struct MessageCapture {
-  static inline std::vector<std::string> texts;
-  static void Receive(const int*, const char* text) { texts.emplace_back(text); }
-  static void Attach(Engine& e) {
-    texts.clear();
-    e.project.MessageCallback = &Receive;
   }
 };
 
