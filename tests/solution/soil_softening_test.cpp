@@ -201,79 +201,64 @@ void StepByStepUpdate(Engine& e, int increment) {
   const Project& pr = e.project;
   const int n = e.foundation.NumberOfElements, P = e.foundation.NumberOfPiles, M = 4 * n + 1, N = M * P;
   if (increment == 1) w.G0 = w.G;
-  auto soften = [&](int c, float f) {
-    for (int i = 1; i <= N; ++i) w.G(i, c) = w.G0(i, c) / f;
+  // Row r of the tables of kind d (0 axial, 1 X, 2 Y, 3 torsion) and its unknown.
+  auto unknown = [&](int d, int r) {
+    const int per = d == 0 ? n + 1 : n, q = (r - 1) / per;
+    return q * M + (d == 0 ? 0 : d * n + 1) + r - q * per;
   };
-  for (int r = 1; r <= (n + 1) * P; ++r) {
-    const int q = (r - 1) / (n + 1), k = r - q * (n + 1);
-    soften(q * M + k, SofteningFactor(w.StressAxial(r), w.LimitAxial(r), k == n + 1 ? pr.Rb : pr.Rs));
-  }
-  for (int r = 1; r <= n * P; ++r) {
-    const int q = (r - 1) / n, k = r - q * n;
-    soften(q * M + n + 1 + k, SofteningFactor(w.StressX(r), w.LimitX(r), pr.Rl));
-    soften(q * M + 2 * n + 1 + k, SofteningFactor(w.StressY(r), w.LimitY(r), pr.Rl));
-    soften(q * M + 3 * n + 1 + k, SofteningFactor(w.StressTorsion(r), w.LimitTorsion(r), pr.Rt));
-  }
+  RealVector* st[] = {&w.StressAxial, &w.StressX, &w.StressY, &w.StressTorsion};
+  const RealVector* lim[] = {&w.LimitAxial, &w.LimitX, &w.LimitY, &w.LimitTorsion};
+  const RealVector* inc[] = {nullptr, &w.StressXInc, &w.StressYInc};
+  int* counts[] = {&w.YieldCountAxial, &w.YieldCountX, &w.YieldCountY, &w.YieldCountTorsion};
+  for (int d = 0; d < 4; ++d)
+    for (int r = 1; r <= (d == 0 ? n + 1 : n) * P; ++r) {
+      const int c = unknown(d, r);
+      const float R = d == 0 ? ((c - 1) % M + 1 == n + 1 ? pr.Rb : pr.Rs) : d == 3 ? pr.Rt : pr.Rl;
+      const float f = SofteningFactor((*st[d])(r), (*lim[d])(r), R);
+      for (int i = 1; i <= N; ++i) w.G(i, c) = w.G0(i, c) / f;
+    }
   for (int j = 1; j <= N; ++j)
     for (int i = 1; i <= N; ++i) w.GD(i, j) = w.G(i, j) + PileFlexibility(w.D, i, j);
   auto release = [&](int c) {
     for (int i = 1; i <= N; ++i) w.GD(i, c) = w.GD(c, i) = w.G(i, c) = w.G(c, i) = 0.0f;
     w.GD(c, c) = w.G(c, c) = 1.0f;
   };
+  auto yield = [&](int d, int r) {
+    if (!w.Yielded(d + 1, r)) ++*counts[d];
+    w.Yielded(d + 1, r) = 1;
+    release(unknown(d, r));
+  };
   for (int r = 1; r <= (n + 1) * P; ++r) {
-    const int q = (r - 1) / (n + 1), k = r - q * (n + 1);
-    const float v = w.StressAxial(r);
-    if (std::fabs(v) > std::fabs(w.LimitAxial(r)) || (k == n + 1 && v < 0.0f)) {
-      if (!w.Yielded(1, r)) ++w.YieldCountAxial;
-      w.Yielded(1, r) = 1;
-      release(q * M + k);
-      if (k != n + 1) release(q * M + k + 3 * n + 1);
+    const int c = unknown(0, r);
+    const bool base = (c - 1) % M + 1 == n + 1;
+    if (std::fabs(w.StressAxial(r)) > std::fabs(w.LimitAxial(r)) || (base && w.StressAxial(r) < 0.0f)) {
+      yield(0, r);
+      if (!base) release(c + 3 * n + 1);
     }
   }
   float S = 0.0f;
-  std::vector<int> unloading(static_cast<std::size_t>(N) + 1);
-  RealVector* stresses[] = {&w.StressX, &w.StressY};
-  const RealVector* increments[] = {&w.StressXInc, &w.StressYInc};
-  const RealVector* limits[] = {&w.LimitX, &w.LimitY};
-  int* counts[] = {&w.YieldCountX, &w.YieldCountY};
-  for (int d = 0; d < 2; ++d) {
-    RealVector& st = *stresses[d];
-    std::fill(unloading.begin(), unloading.end(), 0);
-    for (int r = 1; r <= n * P; ++r) {
-      const int q = (r - 1) / n, k = r - q * n, c = q * M + (d + 1) * n + 1 + k;
-      if (!(w.Yielded(2 + d, r) && pr.ElasticUnloading && n > 15)) continue;
-      if (1 < k && k < n) S = (*increments[d])(r - 1) + (*increments[d])(r + 1);
-      if (S * st(r) < 0.0f) {
-        unloading[static_cast<std::size_t>(r)] = 1;
-        st(r) = 0.0f;
-        for (int i = 1; i <= N; ++i) {
-          w.GD(i, c) = w.G0(i, c) + PileFlexibility(w.D, i, c);
-          w.GD(c, i) = w.G0(c, i) + PileFlexibility(w.D, c, i);
-        }
+  for (int d = 1; d <= 3; ++d) {
+    std::vector<int> unloading(static_cast<std::size_t>(N) + 1);
+    for (int r = 1; d < 3 && r <= n * P; ++r) {
+      const int c = unknown(d, r), k = (r - 1) % n + 1;
+      if (!(w.Yielded(d + 1, r) && pr.ElasticUnloading && n > 15)) continue;
+      if (1 < k && k < n) S = (*inc[d])(r - 1) + (*inc[d])(r + 1);
+      if (S * (*st[d])(r) >= 0.0f) continue;
+      unloading[static_cast<std::size_t>(r)] = 1;
+      (*st[d])(r) = 0.0f;
+      for (int i = 1; i <= N; ++i) {
+        w.GD(i, c) = w.G0(i, c) + PileFlexibility(w.D, i, c);
+        w.GD(c, i) = w.G0(c, i) + PileFlexibility(w.D, c, i);
       }
     }
     for (int r = 1; r <= n * P; ++r) {
-      const int q = (r - 1) / n, k = r - q * n;
-      const float x = std::fabs(st(r)), y = std::fabs((*limits[d])(r));
+      const float x = std::fabs((*st[d])(r)), y = std::fabs((*lim[d])(r));
       if (x < y || std::fabs(x - y) < 1e-20f || unloading[static_cast<std::size_t>(r)]) {
-        w.Yielded(2 + d, r) = 0;
-      } else {
-        if (!w.Yielded(2 + d, r)) ++*counts[d];
-        w.Yielded(2 + d, r) = 1;
-        release(q * M + (d + 1) * n + 1 + k);
+        w.Yielded(d + 1, r) = 0;
+      } else if (x > y) {
+        yield(d, r);
+        if (d == 3) release(unknown(3, r) - 3 * n - 1);
       }
-    }
-  }
-  for (int r = 1; r <= n * P; ++r) {
-    const int q = (r - 1) / n, k = r - q * n;
-    const float x = std::fabs(w.StressTorsion(r)), y = std::fabs(w.LimitTorsion(r));
-    if (x < y || std::fabs(x - y) < 1e-20f) {
-      w.Yielded(4, r) = 0;
-    } else if (x > y) {
-      if (!w.Yielded(4, r)) ++w.YieldCountTorsion;
-      w.Yielded(4, r) = 1;
-      release(q * M + 3 * n + 1 + k);
-      release(q * M + k);
     }
   }
 }
