@@ -148,10 +148,10 @@ TEST(SoilSoftening, UnloadingNeedsAllowanceAndSixteenElementsAndCarriesTheSum) {
 
       const bool unloads = n > 15 && allowance == 1;
       const int unknowns[] = {xr + 5, s.M + xr + 1, yr + 1};
-      const float* totals[] = {&w.StressX(5), &w.StressX(n + 1), &w.StressY(1)};
+      const float totals[] = {w.StressX(5), w.StressX(n + 1), w.StressY(1)};
       for (int u = 0; u < 3; ++u) {
         const int c = unknowns[u];
-        EXPECT_EQ(*totals[u], unloads ? 0.0f : 150.0f);
+        EXPECT_EQ(totals[u], unloads ? 0.0f : 150.0f);
         EXPECT_EQ(static_cast<bool>(Released(w, c)), !unloads);
         if (!unloads) continue;
         // Elastic in the system matrix; G keeps the column softened by the failed stress.
