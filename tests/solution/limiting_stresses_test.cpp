@@ -77,33 +77,22 @@ TEST(LimitingStresses, SpacingRatiosFollowTheLoadDirection) {
   ASSERT_EQ(CreatePiles(e, 3), 1);
   const float x[] = {0.0f, 3.0f, 2.0f}, y[] = {0.0f, 0.0f, 2.0f}, D[] = {1.0f, 1.0f, 0.5f};
   for (int p = 1; p <= 3; ++p) {
-    e.foundation.Piles(p).SoilEntryX = x[p - 1];
-    e.foundation.Piles(p).SoilEntryY = y[p - 1];
-    e.foundation.Piles(p).ShaftDiameter = D[p - 1];
+    Pile& pile = e.foundation.Piles(p);
+    pile.SoilEntryX = x[p - 1], pile.SoilEntryY = y[p - 1], pile.ShaftDiameter = D[p - 1];
   }
   RealVector ax, ay;
-  ASSERT_EQ(Create1DRealMatrix(e, ax, 3), 1);
-  ASSERT_EQ(Create1DRealMatrix(e, ay, 3), 1);
-  struct Case {
-    float Fx, Fy;
-    float Sx[3], Sy[3];
-  };
+  ASSERT_EQ(Create1DRealMatrix(e, ax, 3) + Create1DRealMatrix(e, ay, 3), 2);
   // Pile 1 behind pile 2 (9 / 3) and pile 3 (8 / 2) in +X; pile 3 (D = 0.5) divides by
   // its own diameter; a pile with nothing ahead keeps Ds * 10000. Reversing the load
-  // reverses who stands ahead; an unloaded direction has ratio 0.
-  const Case cases[] = {
-      {100.0f, 0.0f, {3.0f, 10000.0f, 10.0f}, {0.0f, 0.0f, 0.0f}},
-      {-100.0f, 0.0f, {10000.0f, 3.0f, 8.0f}, {0.0f, 0.0f, 0.0f}},
-      {0.0f, 100.0f, {0.0f, 0.0f, 0.0f}, {4.0f, 2.5f, 5000.0f}},
-      {0.0f, -100.0f, {0.0f, 0.0f, 0.0f}, {10000.0f, 10000.0f, 5.0f}},
-  };
-  for (const Case& c : cases) {
-    e.actions.Fx = c.Fx;
-    e.actions.Fy = c.Fy;
+  // reverses who stands ahead; an unloaded direction has ratio 0. Per case Fx, Fy, then
+  // the ratio in the loaded direction of piles 1 to 3.
+  const float cases[][5] = {{100, 0, 3, 10000, 10}, {-100, 0, 10000, 3, 8}, {0, 100, 4, 2.5f, 5000}, {0, -100, 10000, 10000, 5}};
+  for (const auto& c : cases) {
+    e.actions.Fx = c[0], e.actions.Fy = c[1];
     for (int p = 1; p <= 3; ++p) {
-      SCOPED_TRACE(testing::Message() << "Fx " << c.Fx << " Fy " << c.Fy << " pile " << p);
-      EXPECT_FLOAT_EQ(GroupSpacingRatios(e, p, ax, ay).Sx, c.Sx[p - 1]);
-      EXPECT_FLOAT_EQ(GroupSpacingRatios(e, p, ax, ay).Sy, c.Sy[p - 1]);
+      const SpacingRatios s = GroupSpacingRatios(e, p, ax, ay);
+      EXPECT_FLOAT_EQ(c[0] != 0 ? s.Sx : s.Sy, c[1 + p]) << c[0] << " " << c[1] << " pile " << p;
+      EXPECT_EQ(c[0] != 0 ? s.Sy : s.Sx, 0.0f);
     }
   }
 }

@@ -121,46 +121,27 @@ TEST(SoilSoftening, TransverseAndTorsionalFlagsClearAndCountAgain) {
   EXPECT_EQ(w.YieldCountAxial, 0);  // a partner's release isn't an axial yield
 }
 
-TEST(SoilSoftening, UnloadingNeedsAllowanceAndSixteenElementsAndCarriesTheSum) {
+TEST(SoilSoftening, UnloadingNeedsTheAllowanceAndSixteenElements) {
+  // The carried neighbour sum at pile ends is left to the step-by-step comparison below.
   for (int n : {15, 16}) {
     for (int allowance : {0, 1}) {
       SCOPED_TRACE(testing::Message() << "n " << n << " allowance " << allowance);
       System s(n, 2);
       Workspace& w = s.w();
       s.e.project.ElasticUnloading = allowance;
-      s.e.project.Rl = 0.8f;
-      const int xr = n + 1, yr = 2 * n + 1;  // first X and Y unknowns
       // Pile 1 element 5, yielded in X, neighbours moving the other way: S = -3.
       w.Yielded(2, 5) = 1;
       w.StressX(5) = 150.0f;
       w.StressXInc(4) = -2.0f;
       w.StressXInc(6) = -1.0f;
-      // Pile 2 element 1 has no upper neighbour: it keeps S = -3, whatever the rows on
-      // either side of it hold.
-      w.Yielded(2, n + 1) = 1;
-      w.StressX(n + 1) = 150.0f;
-      w.StressXInc(n) = 50.0f;
-      w.StressXInc(n + 2) = 50.0f;
-      // Pile 1 element 1 in Y takes on the sum that X left.
-      w.Yielded(3, 1) = 1;
-      w.StressY(1) = 150.0f;
       UpdateSoilFlexibility(s.e, 1);
-
       const bool unloads = n > 15 && allowance == 1;
-      const int unknowns[] = {xr + 5, s.M + xr + 1, yr + 1};
-      const float totals[] = {w.StressX(5), w.StressX(n + 1), w.StressY(1)};
-      for (int u = 0; u < 3; ++u) {
-        const int c = unknowns[u];
-        EXPECT_EQ(totals[u], unloads ? 0.0f : 150.0f);
-        EXPECT_EQ(static_cast<bool>(Released(w, c)), !unloads);
-        if (!unloads) continue;
-        // Elastic in the system matrix; G keeps the column softened by the failed stress.
-        EXPECT_EQ(w.GD(2, c), w.G0(2, c) + PileFlexibility(w.D, 2, c));
-        EXPECT_EQ(w.G(2, c), w.G0(2, c) / kMinimumSofteningFactor);
-      }
+      const int c = n + 1 + 5;
+      EXPECT_EQ(w.StressX(5), unloads ? 0.0f : 150.0f);
       EXPECT_EQ(w.Yielded(2, 5), unloads ? 0 : 1);
-      EXPECT_EQ(w.Yielded(3, 1), unloads ? 0 : 1);
-      EXPECT_EQ(w.YieldCountX + w.YieldCountY, 0);  // flags set before, nothing new
+      EXPECT_EQ(static_cast<bool>(Released(w, c)), !unloads);
+      for (int i = 1; unloads && i <= s.N; ++i)  // elastic in the system matrix
+        ASSERT_EQ(w.GD(i, c), w.G0(i, c) + PileFlexibility(w.D, i, c));
     }
   }
 }
