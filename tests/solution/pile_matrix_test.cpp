@@ -70,7 +70,6 @@ TEST(PileMatrix, ReusedOnlyForAlikePilesWithAReinforcedLength) {
   // at the reinforced section only: pile 2 takes over pile 1's matrix, pile 3 pile 2's.
   EXPECT_TRUE(block_equal(1.5f, 1.5f, 0.0f, 1, 2));
   EXPECT_TRUE(block_equal(1.5f, 1.5f, 0.0f, 2, 3));
-  EXPECT_EQ(e->project.ReferencePile, 3);
   // Without a reinforced length on both, or with a rake off by a millionth of a
   // degree, pile 2 is built with its own section.
   EXPECT_FALSE(block_equal(0.0f, 0.0f, 0.0f, 1, 2));

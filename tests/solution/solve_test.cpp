@@ -10,8 +10,6 @@
 namespace quellon {
 namespace {
 
-using testing::MakeGroup;
-
 // Crout's method with implicit partial pivoting written plainly, row sums in rising k;
 // the engine's panelled factorisation must give these factors bit for bit.
 int PlainCrout(std::vector<float>& a, int n, std::vector<int>& indx) {
@@ -40,14 +38,6 @@ int PlainCrout(std::vector<float>& a, int n, std::vector<int>& indx) {
   return 1;
 }
 
-std::vector<float> RandomMatrix(int n, unsigned seed) {
-  std::mt19937 gen(seed);
-  std::uniform_real_distribution<float> u(-1.0f, 1.0f);
-  std::vector<float> a(static_cast<std::size_t>(n) * n);
-  for (float& x : a) x = u(gen);
-  return a;
-}
-
 TEST(LUDecompose, BlockedFactorisationEqualsColumnByColumnCroutBitForBit) {
   // 70 columns: sub-panels and a ragged last one within one panel; 300: several panels,
   // the updates of the later columns by whole panels, and tiles cut at the edges. Rows
@@ -55,11 +45,13 @@ TEST(LUDecompose, BlockedFactorisationEqualsColumnByColumnCroutBitForBit) {
   // magnitudes would not, and the larger matrix is six-tenths zeros in blocks, as a
   // group's system is.
   for (const int n : {70, 300}) {
-    std::vector<float> a = RandomMatrix(n, 7);
+    std::mt19937 gen(7);
+    std::uniform_real_distribution<float> u(-1.0f, 1.0f);
+    std::vector<float> a(static_cast<std::size_t>(n) * n);
     for (int i = 0; i < n; ++i)
       for (int j = 0; j < n; ++j) {
         float& x = a[static_cast<std::size_t>(i + j * n)];
-        x *= std::pow(10.0f, static_cast<float>(i % 7) - 3.0f);
+        x = u(gen) * std::pow(10.0f, static_cast<float>(i % 7) - 3.0f);
         if (n > 100 && i != j && (i / 9 + j / 13) % 5 < 3) x = 0.0f;
       }
     std::vector<float> ref = a;
@@ -73,7 +65,6 @@ TEST(LUDecompose, BlockedFactorisationEqualsColumnByColumnCroutBitForBit) {
     int swaps = 0;
     for (int j = 0; j < n; ++j) swaps += indx[static_cast<std::size_t>(j)] != j + 1;
     EXPECT_GT(swaps, n / 7);  // the case really pivots
-
   }
 }
 
@@ -100,7 +91,7 @@ TEST(LUDecompose, TiesGoToTheLastRowAndAVanishingPivotIsReplaced) {
 
 // A group whose system has both kinds of coupling: four piles, one raked both ways.
 std::unique_ptr<Engine> SolvableGroup() {
-  auto e = MakeGroup({{0, 0}, {3, 0, 6.0f, 0.0f}, {0, 3}, {3, 3, -5.0f, 5.0f}}, 5);
+  auto e = testing::MakeGroup({{0, 0}, {3, 0, 6.0f, 0.0f}, {0, 3}, {3, 3, -5.0f, 5.0f}}, 5);
   e->foundation.FreeStandingLength = 1.0f;
   testing::Assemble(*e);
   return e;
