@@ -1,4 +1,3 @@
-#include <cmath>
 
 #include "solution_test_model.h"
 

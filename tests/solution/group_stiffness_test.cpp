@@ -1,4 +1,3 @@
-#include <cmath>
 
 #include "solution/group_stiffness.h"
 #include "solution_test_model.h"

@@ -1,12 +1,6 @@
 #include "solution/limiting_stresses.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-#include "engine/engine.h"
-#include "engine/model_tables.h"
-#include "solution/solution.h"
+#include "solution_test_model.h"
 
 namespace quellon {
 namespace {

@@ -1,4 +1,3 @@
-#include <cmath>
 
 #include "solution/pile_matrix.h"
 #include "solution_test_model.h"

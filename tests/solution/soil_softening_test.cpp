@@ -1,16 +1,9 @@
 #include "solution/soil_softening.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cmath>
-#include <initializer_list>
 #include <random>
-#include <vector>
 
-#include "engine/engine.h"
-#include "engine/model_tables.h"
-#include "solution/solution.h"
+#include "solution_test_model.h"
 
 namespace quellon {
 namespace {
@@ -41,25 +34,25 @@ struct System {
 };
 
 // Row and column c of G and GD cleared, with 1 on the diagonal.
-testing::AssertionResult Released(const Workspace& w, int c) {
+::testing::AssertionResult Released(const Workspace& w, int c) {
   for (int i = 1; i <= w.G.rows(); ++i) {
     const float expected = i == c ? 1.0f : 0.0f;
     if (w.G(i, c) != expected || w.G(c, i) != expected || w.GD(i, c) != expected || w.GD(c, i) != expected)
-      return testing::AssertionFailure() << "unknown " << c << " not cleared at " << i;
+      return ::testing::AssertionFailure() << "unknown " << c << " not cleared at " << i;
   }
-  return testing::AssertionSuccess();
+  return ::testing::AssertionSuccess();
 }
 
 // Column c of G is the elastic column divided by f, and GD is G + D there, but for the
 // rows of released unknowns, which are 0.
-testing::AssertionResult SoftenedBy(const Workspace& w, int c, float f, std::initializer_list<int> released = {}) {
+::testing::AssertionResult SoftenedBy(const Workspace& w, int c, float f, std::initializer_list<int> released = {}) {
   for (int i = 1; i <= w.G.rows(); ++i) {
     const bool cleared = std::find(released.begin(), released.end(), i) != released.end();
     const float g = cleared ? 0.0f : w.G0(i, c) / f;
     if (w.G(i, c) != g || w.GD(i, c) != (cleared ? 0.0f : g + PileFlexibility(w.D, i, c)))
-      return testing::AssertionFailure() << "column " << c << " wrong at row " << i;
+      return ::testing::AssertionFailure() << "column " << c << " wrong at row " << i;
   }
-  return testing::AssertionSuccess();
+  return ::testing::AssertionSuccess();
 }
 
 TEST(SofteningFactor, HyperbolicLawFloorsAtTheLimit) {
@@ -125,7 +118,7 @@ TEST(SoilSoftening, UnloadingNeedsTheAllowanceAndSixteenElements) {
   // The carried neighbour sum at pile ends is left to the step-by-step comparison below.
   for (int n : {15, 16}) {
     for (int allowance : {0, 1}) {
-      SCOPED_TRACE(testing::Message() << "n " << n << " allowance " << allowance);
+      SCOPED_TRACE(::testing::Message() << "n " << n << " allowance " << allowance);
       System s(n, 2);
       Workspace& w = s.w();
       s.e.project.ElasticUnloading = allowance;

@@ -1,9 +1,6 @@
-#include <cmath>
 #include <cstring>
 #include <random>
-#include <vector>
 
-#include "solution/solution.h"
 #include "solution/solve.h"
 #include "solution_test_model.h"
 
