@@ -35,7 +35,6 @@ std::unique_ptr<Engine> RunGroup(const std::vector<PileSpec>& piles, float sx, f
   testing::Assemble(*e);
   StiffnessCapture::Attach(*e);
   EXPECT_EQ(testing::RunIncrement(*e, 1), 1);
-  EXPECT_EQ(StiffnessCapture::calls, 1);
   std::copy(StiffnessCapture::grmat, StiffnessCapture::grmat + 36, grmat);
   return e;
 }

@@ -5,6 +5,14 @@
 namespace quellon {
 namespace {
 
+// Deflection at c of a cantilever built in at 0 under q per unit length from t to b,
+// integrated in double from the point-load solution; Simpson's rule is exact on each cubic piece.
+double CantileverUnderStrip(double c, double t, double b, double q, double EI) {
+  auto point = [c](double a) { return a >= c ? c * c * (3 * a - c) : a * a * (3 * c - a); };
+  auto simpson = [&](double lo, double hi) { return (hi - lo) / 6 * (point(lo) + 4 * point((lo + hi) / 2) + point(hi)); };
+  return q * (c > t && c < b ? simpson(t, c) + simpson(c, b) : simpson(t, b)) / (6 * EI);
+}
+
 const RealMatrix& Built(Engine& e) {
   PrepareGroupGeometry(e);
   PileStiffnessesAllPiles(e);
@@ -28,6 +36,12 @@ TEST(PileMatrix, VerticalPileBendsAsATextbookCantileverUnderUniformLoad) {
     EXPECT_NEAR(sy, expected, 2e-5 * expected) << i;
   }
   EXPECT_EQ(D(n + 1 + 1, 2 * n + 1 + 1), 0.0f);  // X and Y bending don't couple
+  // Raked both ways with a free length: the lever arms run along the pile's own axis.
+  e->foundation.Piles(1).RakeX = 8.0f, e->foundation.Piles(1).RakeY = -4.0f;
+  e->foundation.FreeStandingLength = 1.5f;
+  const double Fs = 1.5 / (std::cos(8.0 * M_PI / 180.0) * std::cos(4.0 * M_PI / 180.0));
+  const double want = CantileverUnderStrip(Fs + 9.5, Fs, Fs + 1, q, EI);
+  EXPECT_NEAR(Built(*e)(n + 1 + n, n + 1 + 1), want, 1e-5 * want);
 }
 
 TEST(PileMatrix, BaseColumnSeesTheMeanDiameterOnlyUnderAnUnderReamedBase) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -87,15 +88,8 @@ inline int RunIncrement(Engine& e, int i) {
 // The 6 by 6 group stiffness as the host receives it, column-major, external axes.
 struct StiffnessCapture {
   static inline float grmat[36];
-  static inline int calls = 0;
-  static void Receive(const float* g) {
-    for (int i = 0; i < 36; ++i) grmat[i] = g[i];
-    ++calls;
-  }
-  static void Attach(Engine& e) {
-    calls = 0;
-    e.callbacks.SendStiffnessMatrix = &Receive;
-  }
+  static void Receive(const float* g) { std::copy(g, g + 36, grmat); }
+  static void Attach(Engine& e) { e.callbacks.SendStiffnessMatrix = &Receive; }
 };
 
 }  // namespace quellon::testing
