@@ -92,8 +92,7 @@ TEST(SoilSoftening, TransverseAndTorsionalFlagsClearAndCountAgain) {
   Workspace& w = s.w();
   RealVector* stress[] = {&w.StressX, &w.StressY, &w.StressTorsion};
   int* count[] = {&w.YieldCountX, &w.YieldCountY, &w.YieldCountTorsion};
-  const int unknown[] = {4, 6, 9};
-  const int row[] = {1, 1, 2};
+  const int unknown[] = {4, 6, 9}, row[] = {1, 1, 2};
   for (int d = 0; d < 3; ++d) {
     SCOPED_TRACE(d);
     const float sequence[] = {130.0f, 90.0f, -130.0f, 100.0f, 130.0f};
@@ -105,9 +104,7 @@ TEST(SoilSoftening, TransverseAndTorsionalFlagsClearAndCountAgain) {
       EXPECT_EQ(w.Yielded(2 + d, row[d]), beyond ? 1 : 0);
       EXPECT_EQ(*count[d], counts[step]);
       EXPECT_EQ(static_cast<bool>(Released(w, unknown[d])), beyond);
-      if (d == 2) {
-        EXPECT_EQ(static_cast<bool>(Released(w, 2)), beyond);  // the axial partner
-      }
+      EXPECT_EQ(d == 2 && Released(w, 2), d == 2 && beyond);  // the axial partner of torsion
     }
     (*stress[d])(row[d]) = 0.0f;
   }
