@@ -1,16 +1,13 @@
 // Small models for the tests of the pile and group solution: an engine with its piles
-// and workspace, a synthetic soil matrix written straight into G, a linear increment run
-// through the solution's routines, and a LOG captured to a temporary file.
+// and workspace, a synthetic soil matrix written straight into G, and a linear increment
+// run through the solution's routines.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <string>
 #include <vector>
 
 #include "engine/engine.h"
@@ -50,38 +47,20 @@ inline std::unique_ptr<Engine> MakeGroup(const std::vector<PileSpec>& piles, int
 }
 
 // A soil matrix with the features the solution relies on: every unknown has its own
-// flexibility (m/kPa, of the order of a real soil's), neighbouring elements of a pile
-// move together a little, and equal unknowns of two piles interact in proportion to
-// 1 / (1 + distance between the heads). It depends on the relative positions only, is
-// symmetric and diagonally dominant.
+// flexibility (m/kPa, of the order of a real soil's), and equal unknowns of two piles
+// interact in proportion to 1 / (1 + distance between the heads). It depends on the
+// relative positions only, is symmetric and diagonally dominant.
 inline void WriteSyntheticSoil(Engine& e) {
-  const int n = e.foundation.NumberOfElements;
-  const int M = UnknownsPerPile(e);
-  const int P = e.foundation.NumberOfPiles;
-  RealMatrix& G = e.ws.G;
-  G.fill(0.0f);
-  auto own = [n](int u) {
-    if (u <= n) return 2.0e-4f;           // shaft shear
-    if (u == n + 1) return 1.0e-4f;       // base pressure
-    if (u <= 3 * n + 1) return 1.2e-4f;   // transverse
-    return 3.0e-4f;                       // torsion
-  };
-  for (int p = 1; p <= P; ++p) {
+  const int n = e.foundation.NumberOfElements, M = UnknownsPerPile(e), P = e.foundation.NumberOfPiles;
+  e.ws.G.fill(0.0f);
+  for (int p = 1; p <= P; ++p)
     for (int q = 1; q <= P; ++q) {
       const float dx = e.foundation.Piles(p).X - e.foundation.Piles(q).X;
       const float dy = e.foundation.Piles(p).Y - e.foundation.Piles(q).Y;
       const float f = p == q ? 1.0f : 0.25f / (1.0f + std::sqrt(dx * dx + dy * dy));
-      for (int u = 1; u <= M; ++u) {
-        G((p - 1) * M + u, (q - 1) * M + u) = own(u) * f;
-        // Adjacent shaft elements of the same kind.
-        const bool same_kind_next = u < M && u != n && u != n + 1 && u != 2 * n + 1 && u != 3 * n + 1;
-        if (p == q && same_kind_next) {
-          G((p - 1) * M + u, (p - 1) * M + u + 1) = 0.2f * own(u);
-          G((p - 1) * M + u + 1, (p - 1) * M + u) = 0.2f * own(u);
-        }
-      }
+      for (int u = 1; u <= M; ++u)  // shaft shear, base, transverse, torsion
+        e.ws.G((p - 1) * M + u, (q - 1) * M + u) = f * (u <= n ? 2.0e-4f : u == n + 1 ? 1.0e-4f : u <= 3 * n + 1 ? 1.2e-4f : 3.0e-4f);
     }
-  }
 }
 
 // Everything before the increments: geometry, sections, the per-pile blocks of D and
@@ -109,49 +88,8 @@ inline int RunIncrement(Engine& e, int i) {
 // The 6 by 6 group stiffness as the host receives it, column-major, external axes.
 struct StiffnessCapture {
   static inline float grmat[36];
-  static inline int calls = 0;
-  static void Receive(const float* g) {
-    for (int i = 0; i < 36; ++i) grmat[i] = g[i];
-    ++calls;
-  }
-  static void Attach(Engine& e) {
-    calls = 0;
-    e.callbacks.SendStiffnessMatrix = &Receive;
-  }
-};
-
-// A LOG on a temporary file; text() closes it and gives its lines.
-class LogCapture {
- public:
-  explicit LogCapture(Engine& e) : e_(e) {
-    path_ = ::testing::TempDir() + "solution_log_" + std::to_string(++counter_) + ".log";
-    e.files.log.create(path_);
-    e.project.LOGUnit = kLOGUnit;
-  }
-  ~LogCapture() { std::remove(path_.c_str()); }
-  std::string text() {
-    e_.files.log.close();
-    e_.project.LOGUnit = 0;
-    std::ifstream in(path_, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-  }
-
- private:
-  Engine& e_;
-  std::string path_;
-  static inline int counter_ = 0;
-};
-
-// Messages sent to the host.
-struct MessageCapture {
-  static inline std::vector<std::string> texts;
-  static void Receive(const int*, const char* text) { texts.emplace_back(text); }
-  static void Attach(Engine& e) {
-    texts.clear();
-    e.project.MessageCallback = &Receive;
-  }
+  static void Receive(const float* g) { std::copy(g, g + 36, grmat); }
+  static void Attach(Engine& e) { e.callbacks.SendStiffnessMatrix = &Receive; }
 };
 
 }  // namespace quellon::testing
