@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -23,7 +24,6 @@ class ScratchDir {
   ScratchDir() {
     static int serial = 0;
     path_ = fs::temp_directory_path() / ("quellon_engine_" + std::to_string(getpid()) + "_" + std::to_string(++serial));
-    fs::remove_all(path_);
     fs::create_directories(path_);
   }
   ~ScratchDir() {
@@ -47,9 +47,8 @@ inline std::vector<std::string> ReadLines(const fs::path& path) {
   return lines;
 }
 inline std::size_t Find(const std::vector<std::string>& lines, const std::string& text) {
-  for (std::size_t i = 0; i < lines.size(); ++i)
-    if (lines[i] == text) return i;
-  return std::string::npos;
+  const auto at = std::find(lines.begin(), lines.end(), text);
+  return at == lines.end() ? std::string::npos : static_cast<std::size_t>(at - lines.begin());
 }
 
 // Messages sent to the host through the message callback, as "<severity> <text>".
@@ -61,19 +60,19 @@ inline void RecordMessage(const int* severity, const char* text) {
   Received().push_back(std::to_string(*severity) + " " + text);
 }
 
+// A clay layer of uniform stiffness.
+inline Layer Clay(float top, float modulus, float cu) {
+  return Layer{.Name = {}, .GroundName = {}, .DepthToTop = top, .Ev = modulus, .Eh = modulus, .Poisson = 0.3f,
+               .GroundType = kFineSoil, .cu = cu, .alpha = 0.5f, .WeightDensity = 18.0f};
+}
+
 // One clay layer, `piles` piles 3 m apart with `elements` shaft elements each, a
 // vertical load in `increments` steps; the tables are created in the records.
 inline void FillSmallModel(Engine& e, int piles, int elements, int increments) {
   ASSERT_EQ(CreateLayers(e, 1), 1);
   ASSERT_EQ(CreatePiles(e, piles), 1);
-  Layer& l = e.borehole.Layers(1);
-  l.Ev = l.Eh = 20000.0f;
-  l.dEv = l.dEh = 500.0f;
-  l.Poisson = 0.3f;
-  l.GroundType = kFineSoil;
-  l.cu = 60.0f;
-  l.alpha = 0.5f;
-  l.WeightDensity = 18.0f;
+  e.borehole.Layers(1) = Clay(0.0f, 20000.0f, 60.0f);
+  e.borehole.Layers(1).dEv = e.borehole.Layers(1).dEh = 500.0f;
   e.borehole.LayerAveraging = 2;
   e.foundation.NumberOfElements = elements;
   for (int p = 1; p <= piles; ++p) {

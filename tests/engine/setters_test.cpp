@@ -8,20 +8,10 @@
 namespace quellon {
 namespace {
 
-class Setters : public ::testing::Test {
- protected:
-  void SetUp() override { Clear(); }
-  void TearDown() override { Clear(); }
-  void Clear() {
-    e.project = Project{};
-    e.actions = Actions{};
-    e.borehole = Borehole{};
-    e.foundation = Foundation{};
-  }
+TEST(Setters, DerivedSwitchesAndNarrowedValuesAreStored) {
   Engine& e = TheEngine();
-};
-
-TEST_F(Setters, DerivedSwitchesFollowTheirSetters) {
+  const auto clear = [&e] { e.project = {}, e.actions = {}, e.borehole = {}, e.foundation = {}; };
+  clear();
   int flags[40] = {};
   flags[15] = 5;  // flag 16, any non-zero value, chooses the dynamic model
   ASSERT_EQ(QuellonSetProjectFlags(flags, 40), 1);
@@ -29,31 +19,24 @@ TEST_F(Setters, DerivedSwitchesFollowTheirSetters) {
   e.project.Flags(16) = 0;
   ASSERT_EQ(QuellonSetProjectFlags(flags, 0), 1);  // no entry taken still copies flag 16
   EXPECT_EQ(e.project.DynamicModel, 0);
-  e.project.InteractionFlag = 1;
   QuellonSetPileInteractionDistance(15.0);  // a distance implies the custom rule
   EXPECT_EQ(e.project.InteractionFlag, 3);
-  QuellonSetPileInteractionFlag(2);
-  EXPECT_EQ(e.project.InteractionFlag, 2);
   QuellonSetNumberOfLoadIncrements(2);
   EXPECT_EQ(e.project.NonLinear, 1);
   QuellonSetNumberOfLoadIncrements(-3);
   EXPECT_EQ(e.project.NonLinear, 0);
   EXPECT_EQ(e.actions.NumberOfIncrements, -3);
-}
-
-TEST_F(Setters, StoredValuesAreNarrowedAfterTheUnitChange) {
   ASSERT_EQ(QuellonSetNumberOfPiles(2), 1);
   // 0.0001 MN: multiplied in double and then narrowed gives the float nearest 0.1 kN;
   // narrowing first would give a different float.
   ASSERT_EQ(QuellonSetPileReinforcedSectionProperties(2, 5.0, 0.0001, 2500.0, 1.0, 1.0), 1);
   EXPECT_EQ(e.foundation.Piles(2).EA, 0.1f);
   EXPECT_NE(e.foundation.Piles(2).EA, 0.0001f * 1000.0f);
-  ASSERT_EQ(QuellonSetPileRake(1, 10.0, -5.0), 1);  // rakes stay in degrees
-  EXPECT_EQ(e.foundation.Piles(1).RakeY, -5.0f);
   // A layer count below 1 makes an empty table and succeeds; no index is then valid.
   EXPECT_EQ(QuellonSetBoreholeNumberOfLayers(0), 1);
   EXPECT_TRUE(e.borehole.LayersCreated);
   EXPECT_EQ(QuellonSetBoreholeLayerDepth(1, 1.0), 0);
+  clear();
 }
 
 }  // namespace
