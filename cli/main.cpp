@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -12,9 +13,11 @@
 #include <vector>
 
 #include "console.h"
+#include "csv_output.h"
 #include "model_peek.h"
+#include "post_run_warnings.h"
 #include "quellon.h"
-#include "xml_scan.h"
+#include "run_results.h"
 
 namespace {
 
@@ -41,9 +44,13 @@ const char* const kUsage =
     "  --txt FILE      the TXT report\n"
     "  --log FILE      the LOG file\n"
     "  --no-txt        no TXT report\n"
+    "  --no-csv        no CSV files; by default MODEL.heads.csv, MODEL.profiles.csv and,\n"
+    "                  for a non-linear run, MODEL.history.csv are written beside the XML\n"
     "  --keep-flags    report exactly what the model's flags ask for; by default the\n"
-    "                  cap block of every increment (flag 25) and the complete report of\n"
-    "                  the last increment (flag 35) are added, which the summary reads\n"
+    "                  cap block of every increment (flag 25), every element of every\n"
+    "                  pile at every increment (flags 27, 28 and 31) and the complete\n"
+    "                  report of the last increment (flag 35) are added, which the\n"
+    "                  summary and the CSV files read\n"
     "  --quiet         show only warnings, errors and the summary\n";
 
 // ---- What the engine hands over during a run -------------------------------------
@@ -165,7 +172,7 @@ std::vector<std::string> ReaderProblems(const std::string& log_path) {
 
 struct Options {
   std::string command, model, out_dir, xml, txt, log;
-  bool no_txt = false, keep_flags = false, quiet = false;
+  bool no_txt = false, no_csv = false, keep_flags = false, quiet = false;
 };
 
 bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
@@ -189,6 +196,8 @@ bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
       if (!next(o.log)) return false;
     } else if (a == "--no-txt") {
       o.no_txt = true;
+    } else if (a == "--no-csv") {
+      o.no_csv = true;
     } else if (a == "--keep-flags") {
       o.keep_flags = true;
     } else if (a == "--quiet" || a == "-q") {
@@ -225,7 +234,54 @@ std::string Fixed(double v, int width, int decimals) {
 }
 
 // ---- The summary ------------------------------------------------------------------
-void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& peek, const std::string& xml) {
+// The pile heads, and down each pile its largest bending moment and axial force, from the
+// last piles block of the XML output.
+void PrintPileResults(Console& c, const quellon_cli::RunResults& r) {
+  const quellon_cli::IncrementResult* last = r.last_with_piles();
+  c.print("");
+  if (last == nullptr) {
+    c.print("  Pile head loads: not in the XML output (reported at the last increment with flag 35,");
+    c.print("  or at every increment with flags 27, 28 and 31)");
+    return;
+  }
+  c.print("  Loads at the pile heads (kN, kNm, external axes):");
+  c.print("    Pile          Fx          Fy          Fz          Mx          My          Mz  Name");
+  for (std::size_t p = 0; p < last->piles.size() && p < r.piles.size(); ++p) {
+    const quellon_cli::PileResult& pile = last->piles[p];
+    if (pile.elements.empty()) continue;
+    const std::array<double, 6> h =
+        quellon_cli::HeadLoadsExternal(quellon_cli::PileGeometry(r.piles[p], r.elements), pile.elements.front());
+    char buf[256];
+    std::snprintf(buf, sizeof buf, "    %4d %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f  %s", pile.number, h[0], h[1], h[2],
+                  h[3], h[4], h[5], pile.name.c_str());
+    c.print(buf);
+  }
+  c.print("");
+  c.print("  Down each pile (bending moment: resultant of the moments about X and Y; depth below");
+  c.print("  the ground, negative above it; axial force positive in compression):");
+  c.print("    Pile  max moment (kNm)  at depth (m)  max axial force (kN)  at depth (m)  Name");
+  for (std::size_t p = 0; p < last->piles.size() && p < r.piles.size(); ++p) {
+    const quellon_cli::PileResult& pile = last->piles[p];
+    const quellon_cli::PileExtremes x =
+        quellon_cli::ExtremesOf(pile, quellon_cli::PileGeometry(r.piles[p], r.elements));
+    char buf[256];
+    std::snprintf(buf, sizeof buf, "    %4d %17.2f %13s %21.2f %13s  %s", pile.number, x.moment,
+                  Fixed(x.moment_depth, 0, 2).c_str(), x.axial, Fixed(x.axial_depth, 0, 2).c_str(), pile.name.c_str());
+    c.print(buf);
+  }
+}
+
+// The warnings that only the results of a run can give.
+void PrintPostRunWarnings(Console& c, const quellon_cli::RunResults& r) {
+  const std::vector<std::string> warnings = quellon_cli::PostRunWarnings(r);
+  if (warnings.empty()) return;
+  c.print("");
+  c.print("  Warnings:");
+  for (const std::string& w : warnings) c.print("  - " + w);
+}
+
+void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& peek,
+                  const quellon_cli::RunResults& results) {
   const RunRecord& r = Record();
   c.print("");
   c.print("Summary of " + BaseName(o.model));
@@ -262,21 +318,7 @@ void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& pe
     }
   }
 
-  const std::vector<quellon_cli::PileHeadLoads> heads = quellon_cli::ScanPileHeadLoads(xml);
-  c.print("");
-  if (heads.empty()) {
-    c.print("  Pile head loads: not in the XML output (reported at the last increment with flag 35,");
-    c.print("  or at every increment with flags 27, 28 and 31)");
-  } else {
-    c.print("  Loads at the pile heads (kN, kNm):");
-    c.print("    Pile          Fx          Fy          Fz          Mx          My          Mz  Name");
-    for (const quellon_cli::PileHeadLoads& h : heads) {
-      char buf[256];
-      std::snprintf(buf, sizeof buf, "    %4d %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f  %s", h.pile, h.fx, h.fy, h.fz,
-                    h.mx, h.my, h.mz, h.name.c_str());
-      c.print(buf);
-    }
-  }
+  PrintPileResults(c, results);
 
   if (peek.increments > 1) {
     c.print("");
@@ -358,8 +400,7 @@ int Run(Console& c, const Options& o) {
   if (!o.keep_flags && peek.found_flags) {
     int flags[40];
     for (int i = 0; i < 40; ++i) flags[i] = peek.flags[static_cast<std::size_t>(i)];
-    flags[25 - 1] = 1;
-    flags[35 - 1] = 1;
+    for (const int f : {25, 27, 28, 31, 35}) flags[f - 1] = 1;
     QuellonSetProjectFlags(flags, 40);
   }
 
@@ -372,9 +413,20 @@ int Run(Console& c, const Options& o) {
     std::fprintf(stderr, "quellon: the analysis failed (see %s)\n", log.c_str());
     return kExitRunFailed;
   }
-  PrintSummary(c, o, peek, xml);
+  const quellon_cli::RunResults results = quellon_cli::ReadRunResults(xml);
+  if (!results.ok) c.message(1, "cannot read back the XML output " + xml + ": " + results.problem);
+  PrintSummary(c, o, peek, results);
+  PrintPostRunWarnings(c, results);
+  std::string outputs = xml + (txt.empty() ? "" : ", " + txt) + ", " + log;
+  if (!o.no_csv && results.ok) {
+    const quellon_cli::CsvOutcome csv = quellon_cli::WriteResultCsv(results, Stem(xml));
+    if (!csv.notes.empty()) c.print("");
+    for (const std::string& note : csv.notes) c.print("  " + note);
+    if (!csv.problem.empty()) c.message(1, csv.problem);
+    for (const std::string& path : csv.written) outputs += ", " + path;
+  }
   c.print("");
-  c.print("Outputs: " + xml + (txt.empty() ? "" : ", " + txt) + ", " + log);
+  c.print("Outputs: " + outputs);
   return kExitOk;
 }
 

@@ -1,0 +1,356 @@
+// The CSV files of `quellon run` against the XML output they come from, read here on its
+// own with XPath: every column equals the document's value, each pile's profile holds
+// together from head to toe, and the pile heads balance the cap. And the warnings after a
+// non-linear run: present where coarse increments let the stresses pass their limits,
+// absent where the ground is far from them.
+#include <libxml/parser.h>
+#include <libxml/xpath.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string RunCli(const std::string& args) {
+  std::string out;
+  FILE* pipe = popen((std::string(QUELLON_CLI_PATH) + " " + args + " 2>&1").c_str(), "r");
+  if (pipe == nullptr) return out;
+  char buffer[4096];
+  std::size_t n;
+  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) out.append(buffer, n);
+  const int status = pclose(pipe);
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) out += "\n[exit status not 0]";
+  return out;
+}
+
+fs::path Scratch(const std::string& name) {
+  const fs::path dir = fs::temp_directory_path() / ("quellon-csv-" + name + "-" + std::to_string(::getpid()));
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  return dir;
+}
+
+// ---- A CSV file: a header row and rows of text fields --------------------------------
+struct Csv {
+  std::vector<std::string> header;
+  std::vector<std::vector<std::string>> rows;
+  std::size_t col(const std::string& name) const {
+    for (std::size_t i = 0; i < header.size(); ++i)
+      if (header[i] == name) return i;
+    ADD_FAILURE() << "no column " << name;
+    return 0;
+  }
+  double num(std::size_t row, const std::string& name) const { return std::strtod(rows[row][col(name)].c_str(), nullptr); }
+};
+
+std::vector<std::string> Fields(const std::string& line) {
+  std::vector<std::string> f(1);
+  bool quoted = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    if (quoted && c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+      f.back() += '"';
+      ++i;
+    } else if (c == '"') {
+      quoted = !quoted;
+    } else if (c == ',' && !quoted) {
+      f.emplace_back();
+    } else {
+      f.back() += c;
+    }
+  }
+  return f;
+}
+
+Csv ReadCsv(const fs::path& path) {
+  Csv csv;
+  std::ifstream in(path, std::ios::binary);
+  std::string line;
+  while (std::getline(in, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (csv.header.empty())
+      csv.header = Fields(line);
+    else
+      csv.rows.push_back(Fields(line));
+  }
+  return csv;
+}
+
+// ---- The XML output through XPath --------------------------------------------------
+class Xml {
+ public:
+  explicit Xml(const fs::path& path)
+      : doc_(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET), xmlFreeDoc),
+        ctx_(doc_ ? xmlXPathNewContext(doc_.get()) : nullptr, xmlXPathFreeContext) {}
+  bool ok() const { return ctx_ != nullptr; }
+  // The number in the attribute the expression selects (the first match); NAN if none.
+  double num(const std::string& xpath) const {
+    const std::string s = text("string(" + xpath + ")");
+    return s.empty() ? NAN : std::strtod(s.c_str(), nullptr);
+  }
+  std::string text(const std::string& xpath) const {
+    std::unique_ptr<xmlXPathObject, void (*)(xmlXPathObjectPtr)> r(
+        xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(xpath.c_str()), ctx_.get()), xmlXPathFreeObject);
+    if (!r || r->type != XPATH_STRING || r->stringval == nullptr) return "";
+    return reinterpret_cast<const char*>(r->stringval);
+  }
+
+ private:
+  std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> doc_;
+  std::unique_ptr<xmlXPathContext, void (*)(xmlXPathContextPtr)> ctx_;
+};
+
+constexpr double kPi = 3.14159265358979;
+
+// Equal to what 6 significant digits keep of a value the document prints with 4 or more.
+void ExpectSame(double csv, double xml, const std::string& what) {
+  EXPECT_NEAR(csv, xml, 1e-5 * std::fabs(xml) + 1e-9) << what;
+}
+
+struct PileIn {
+  double length, free, ds, db, ca, sa, ce, se, dx, dy;
+};
+
+class CsvOfExample : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
+  const std::string name = GetParam();
+  const fs::path dir = Scratch(name);
+  const std::string out = RunCli("run " + (fs::path(QUELLON_EXAMPLES_DIR) / (name + ".tmw")).string() + " --quiet --out-dir " +
+                                 dir.string());
+  ASSERT_EQ(out.find("[exit status not 0]"), std::string::npos) << out;
+  const Xml xml(dir / (name + ".xml"));
+  ASSERT_TRUE(xml.ok());
+  const Csv heads = ReadCsv(dir / (name + ".heads.csv"));
+  const Csv profiles = ReadCsv(dir / (name + ".profiles.csv"));
+  const bool nonlinear = xml.text("string(/Tolmark/Input/NonLinear)") == "1";
+  EXPECT_EQ(fs::exists(dir / (name + ".history.csv")), nonlinear);
+  if (!nonlinear) {
+    EXPECT_EQ(out.find("Warnings:"), std::string::npos) << out;
+  }
+
+  const int n = static_cast<int>(xml.num("/Tolmark/Input/Piles/Elements"));
+  const double cx = xml.num("/Tolmark/Output/Increment[1]/Pile-Cap[1]/Centre-Of-Rotation/Position[@axis='X']/@value");
+  const double cy = xml.num("/Tolmark/Output/Increment[1]/Pile-Cap[1]/Centre-Of-Rotation/Position[@axis='Y']/@value");
+  std::vector<PileIn> piles;
+  for (int p = 1;; ++p) {
+    const std::string at = "/Tolmark/Input/Piles/Pile[" + std::to_string(p) + "]/";
+    if (xml.text("string(" + at + "@number)").empty()) break;
+    const double a = xml.num(at + "XRake/@value") * kPi / 180, e = xml.num(at + "YRake/@value") * kPi / 180;
+    piles.push_back({xml.num(at + "EmbeddedLength/@value"), xml.num(at + "FreeStandingLength/@value"),
+                     xml.num(at + "ExternalDiameter/@value"), xml.num(at + "BaseDiameter/@value"), std::cos(a), std::sin(a),
+                     std::cos(e), std::sin(e), xml.num(at + "XPosition/@value") - cx, xml.num(at + "YPosition/@value") - cy});
+  }
+  const std::size_t P = piles.size();
+  int increments = 0;
+  while (!xml.text("string(/Tolmark/Output/Increment[1]/Piles[" + std::to_string(increments + 1) + "]/No-Of-Piles/@number)").empty())
+    ++increments;
+  ASSERT_GT(increments, 0);
+  ASSERT_EQ(profiles.rows.size(), static_cast<std::size_t>(increments) * P * static_cast<std::size_t>(n + 2));
+  ASSERT_EQ(heads.rows.size(), static_cast<std::size_t>(increments) * P);
+
+  // Profiles: every column against the element of the document.
+  static const std::map<std::string, std::string> kLoads = {
+      {"axial force (kN)", "Force[@axis='Z']"},       {"shear X (kN)", "Force[@axis='X']"},
+      {"shear Y (kN)", "Force[@axis='Y']"},           {"moment about X (kNm)", "Moment[@axis='X']"},
+      {"moment about Y (kNm)", "Moment[@axis='Y']"},  {"torque (kNm)", "Moment[@axis='Z']"},
+      {"axial movement (mm)", "Displacement[@axis='Z']"}, {"X movement (mm)", "Displacement[@axis='X']"},
+      {"Y movement (mm)", "Displacement[@axis='Y']"},  {"twist (mrad)", "Rotation[@axis='Z']"},
+      {"axial stress (kPa)", "Shear-Stress"},         {"normal stress X (kPa)", "Normal-Stress[@axis='X']"},
+      {"normal stress Y (kPa)", "Normal-Stress[@axis='Y']"}, {"torsional stress (kPa)", "Torsional-Stress"}};
+  for (std::size_t row = 0; row < profiles.rows.size(); ++row) {
+    const int inc = static_cast<int>(profiles.num(row, "increment"));
+    const int p = static_cast<int>(profiles.num(row, "pile"));
+    const int k = static_cast<int>(profiles.num(row, "element"));
+    const std::string pile = "/Tolmark/Output/Increment[1]/Piles[" + std::to_string(inc) + "]/Pile[" + std::to_string(p) + "]/";
+    const std::string el = k <= n ? pile + "Element[@number='" + std::to_string(k) + "']/" : pile + "Toe/";
+    const std::string where = name + " increment " + std::to_string(inc) + " pile " + std::to_string(p) + " element " +
+                              std::to_string(k);
+    for (const auto& [column, node] : kLoads) {
+      const std::string field = profiles.rows[row][profiles.col(column)];
+      std::string path = el + (k > n && column == "axial stress (kPa)" ? "Bearing-Pressure" : node);
+      const double value = xml.num(path + "/@value");
+      if (std::isnan(value)) {
+        EXPECT_TRUE(field.empty() || std::strtod(field.c_str(), nullptr) == 0.0) << where << " " << column;
+        continue;
+      }
+      const double scale = column.find("(mm)") != std::string::npos || column.find("(mrad)") != std::string::npos ? 1000 : 1;
+      ExpectSame(std::strtod(field.c_str(), nullptr), value * scale, where + " " + column);
+      if (nonlinear && k > 0 && column.find("stress") != std::string::npos) {
+        const std::string kind = column.substr(0, column.find(" stress"));
+        const std::string prefix = kind == "normal" ? "normal " + column.substr(14, 1) : kind;
+        ExpectSame(profiles.num(row, prefix + " limit (kPa)"), xml.num(path + "/@limit"), where + " limit");
+        EXPECT_EQ(profiles.num(row, prefix + " yielded (1 yes)") == 1, xml.text("string(" + path + "/@yield)") == "true")
+            << where;
+      }
+    }
+  }
+
+  // Down each pile: the head row carries the top element's loads up through the
+  // free-standing part, and the bottom element's loads less its own soil stresses are the
+  // base's: its axial load, and no shear or moment.
+  for (std::size_t first = 0; first < profiles.rows.size(); first += static_cast<std::size_t>(n + 2)) {
+    const PileIn& g = piles[static_cast<std::size_t>(profiles.num(first, "pile")) - 1];
+    const std::size_t top = first + 1, bottom = first + static_cast<std::size_t>(n), toe = bottom + 1;
+    const double scale = 2e-3 * (std::fabs(profiles.num(first, "axial force (kN)")) + 1);
+    for (const char* c : {"axial force (kN)", "shear X (kN)", "shear Y (kN)", "torque (kNm)"})
+      EXPECT_NEAR(profiles.num(first, c), profiles.num(top, c), scale) << name << " head " << c;
+    const double along = g.free / g.ca / g.ce;
+    EXPECT_NEAR(profiles.num(first, "moment about Y (kNm)"),
+                profiles.num(top, "moment about Y (kNm)") - profiles.num(top, "shear X (kN)") * g.free / g.ca, scale);
+    EXPECT_NEAR(profiles.num(first, "top along pile from head (m)"), 0.0, 1e-9);
+    EXPECT_NEAR(profiles.num(top, "top along pile from head (m)"), along, 1e-4);
+    EXPECT_NEAR(profiles.num(toe, "top depth below ground (m)"), g.length * g.ca * g.ce, 1e-4);
+    const double h = g.length / n;
+    const double sx = profiles.num(bottom, "normal stress X (kPa)"), sy = profiles.num(bottom, "normal stress Y (kPa)");
+    EXPECT_NEAR(profiles.num(toe, "axial force (kN)"), profiles.num(toe, "axial stress (kPa)") * kPi * g.db * g.db / 4, scale);
+    EXPECT_NEAR(profiles.num(bottom, "axial force (kN)") - profiles.num(bottom, "axial stress (kPa)") * kPi * g.ds * h,
+                profiles.num(toe, "axial force (kN)"), scale);
+    EXPECT_NEAR(profiles.num(bottom, "shear X (kN)"), sx * h * g.ds, scale);
+    EXPECT_NEAR(profiles.num(bottom, "shear Y (kN)"), sy * h * g.ds, scale);
+    EXPECT_NEAR(profiles.num(bottom, "moment about Y (kNm)"), -sx * h * h * 0.5 * g.ds, scale);
+    EXPECT_NEAR(profiles.num(bottom, "moment about X (kNm)"), -sy * h * h * 0.5 * g.ds, scale);
+  }
+
+  // Pile heads: the document's loads and movements turned into external axes, and their
+  // sum with lever arms about the centre of rotation is the cap's load.
+  for (int inc = 1; inc <= increments; ++inc) {
+    const std::string cap = "/Tolmark/Output/Increment[1]/Pile-Cap[" + std::to_string(inc) + "]/";
+    double load[6] = {}, scale[6] = {};
+    for (std::size_t p = 0; p < P; ++p) {
+      const std::size_t row = static_cast<std::size_t>(inc - 1) * P + p;
+      const PileIn& g = piles[p];
+      const std::string head = "/Tolmark/Output/Increment[1]/Piles[" + std::to_string(inc) + "]/Pile[" +
+                               std::to_string(p + 1) + "]/Element[@number='0']/";
+      const double A = xml.num(head + "Force[@axis='Z']/@value"), X = xml.num(head + "Force[@axis='X']/@value"),
+                   Y = xml.num(head + "Force[@axis='Y']/@value");
+      const double V = g.ca * g.ce * A + g.sa * X + g.se * Y, Hx = g.ca * X - g.sa * A, Hy = g.ce * Y - g.se * A;
+      ExpectSame(heads.num(row, "Fx (kN)"), Hx, "Fx");
+      ExpectSame(heads.num(row, "Fy (kN)"), Hy, "Fy");
+      ExpectSame(heads.num(row, "Fz (kN)"), V, "Fz");
+      const double Mx = heads.num(row, "Mx (kNm)"), My = heads.num(row, "My (kNm)"), Mz = heads.num(row, "Mz (kNm)");
+      ExpectSame(My, xml.num(head + "Moment[@axis='Y']/@value"), "My");
+      // The head moments stand at cap level; the engine adds the piles up at the ground.
+      const double Mxz = My + X * g.free / g.ca, Myz = Mx + Y * g.free / g.ce;
+      const double terms[6] = {Hx, Hy, V, (g.dy - g.free * g.se / g.ce) * V + Myz - g.free * Hy,
+                               (g.dx - g.free * g.sa / g.ca) * V + Mxz - g.free * Hx, Mz - g.dy * Hx + g.dx * Hy};
+      for (int a = 0; a < 6; ++a) {
+        load[a] += terms[a];
+        scale[a] += std::fabs(terms[a]) + std::fabs(a >= 3 ? (std::fabs(g.dx) + std::fabs(g.dy) + g.free) * V : 0.0);
+      }
+      // Movement: back into the pile's axes, as the document gives it (cut below 0.1 mm).
+      const double wX = heads.num(row, "X movement (mm)") / 1000, wY = heads.num(row, "Y movement (mm)") / 1000,
+                   wV = heads.num(row, "Z movement (mm)") / 1000;
+      const double axial = g.ca * g.ce * wV - g.sa * wX - g.se * wY;
+      EXPECT_NEAR(axial, xml.num(head + "Displacement[@axis='Z']/@value"), 1e-4 + 1e-3 * std::fabs(axial)) << name;
+      EXPECT_NEAR(g.sa * wV + g.ca * wX, xml.num(head + "Displacement[@axis='X']/@value"), 1.01e-4 + 1e-3 * std::fabs(wX));
+      EXPECT_NEAR(g.se * wV + g.ce * wY, xml.num(head + "Displacement[@axis='Y']/@value"), 1.01e-4 + 1e-3 * std::fabs(wY));
+    }
+    static const char* const kCap[6] = {"Force[@axis='X']", "Force[@axis='Y']", "Force[@axis='Z']",
+                                        "Moment[@axis='X']", "Moment[@axis='Y']", "Moment[@axis='Z']"};
+    for (int a = 0; a < 6; ++a)
+      EXPECT_NEAR(load[a], xml.num(cap + "Actions/" + kCap[a] + "/@value"), 1e-3 * scale[a] + 0.05)
+          << name << " increment " << inc << " cap load " << a;
+  }
+
+  if (nonlinear) {
+    const Csv history = ReadCsv(dir / (name + ".history.csv"));
+    ASSERT_EQ(history.rows.size(), static_cast<std::size_t>(increments));
+    for (std::size_t row = 0; row < history.rows.size(); ++row) {
+      const std::string cap = "/Tolmark/Output/Increment[1]/Pile-Cap[" + std::to_string(row + 1) + "]/";
+      ExpectSame(history.num(row, "Fz (kN)"), xml.num(cap + "Actions/Force[@axis='Z']/@value"), "history Fz");
+      ExpectSame(history.num(row, "Z (mm)"), xml.num(cap + "Effects/Displacement[@axis='Z']/@value"), "history Z");
+      ExpectSame(history.num(row, "about Y (mrad)"), xml.num(cap + "Effects/Rotation[@axis='Y']/@value"), "history rot Y");
+    }
+  }
+  fs::remove_all(dir);
+}
+
+INSTANTIATE_TEST_SUITE_P(Examples, CsvOfExample,
+                         ::testing::Values("single_bored_pile_clay", "group_3x3_combined", "raked_group_torque",
+                                           "nonlinear_layered_failure"));
+
+// A copy of the non-linear example with its load line replaced.
+fs::path WithLoad(const fs::path& dir, const std::string& load_line) {
+  std::ifstream in(fs::path(QUELLON_EXAMPLES_DIR) / "nonlinear_layered_failure.tmw", std::ios::binary);
+  const fs::path out = dir / "model.tmw";
+  std::ofstream o(out, std::ios::binary);
+  std::string line;
+  bool next_is_load = false;
+  while (std::getline(in, line)) {
+    if (next_is_load) line = load_line + "\r";
+    next_is_load = line.rfind("[Fx(kN)", 0) == 0;
+    o << line << "\n";
+  }
+  return out;
+}
+
+TEST(PostRunWarnings, FireWhereCoarseIncrementsOvershootTheLimitsOnly) {
+  const fs::path dir = Scratch("warnings");
+  // Ten increments to 24 MN: elements pass their limits by far before they yield, and the
+  // group takes more than the sum of its limits before the run stops.
+  std::string out = RunCli("run " + WithLoad(dir, "0. 0. 24000. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
+  EXPECT_NE(out.find("Warnings:"), std::string::npos) << out;
+  EXPECT_NE(out.find("above a limiting stress at some increment (largest: "), std::string::npos) << out;
+  // The capacity it quotes is the sum of the limits in the document: shaft friction over
+  // the shaft area of each element, base pressure over the base area.
+  const Xml xml(dir / "model.xml");
+  const int n = static_cast<int>(xml.num("/Tolmark/Input/Piles/Elements"));
+  double capacity = 0;
+  for (int p = 1; p <= 4; ++p) {
+    const std::string in = "/Tolmark/Input/Piles/Pile[" + std::to_string(p) + "]/";
+    const std::string last = "/Tolmark/Output/Increment[1]/Piles[last()]/Pile[" + std::to_string(p) + "]/";
+    const double ds = xml.num(in + "ExternalDiameter/@value"), db = xml.num(in + "BaseDiameter/@value");
+    const double h = xml.num(in + "EmbeddedLength/@value") / n;
+    for (int k = 1; k <= n; ++k)
+      capacity += xml.num(last + "Element[@number='" + std::to_string(k) + "']/Shear-Stress/@limit") * kPi * ds * h;
+    capacity += xml.num(last + "Toe/Bearing-Pressure/@limit") * kPi * db * db / 4;
+  }
+  char expected[96];
+  std::snprintf(expected, sizeof expected, "sum of its limiting stresses, is %.0f kN", capacity);
+  EXPECT_NE(out.find(expected), std::string::npos) << expected << "\n" << out;
+  EXPECT_NE(out.find("stopped at 14400 kN (increment 6)"), std::string::npos) << out;
+
+  // A tenth of the load stays far from every limit: nothing to warn about.
+  out = RunCli("run " + WithLoad(dir, "0. 0. 2400. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
+  EXPECT_EQ(out.find("[exit status not 0]"), std::string::npos) << out;
+  EXPECT_EQ(out.find("Warnings:"), std::string::npos) << out;
+  fs::remove_all(dir);
+}
+
+TEST(CsvFiles, SkippedWhenTurnedOffOrWhenTheXmlLacksTheirData) {
+  const fs::path dir = Scratch("skip");
+  const std::string model = (fs::path(QUELLON_EXAMPLES_DIR) / "single_bored_pile_clay.tmw").string();
+  std::string out = RunCli("run " + model + " --quiet --no-csv --out-dir " + dir.string());
+  EXPECT_FALSE(fs::exists(dir / "single_bored_pile_clay.heads.csv")) << out;
+  // The model's own flags without the ones that report the piles: nothing to write.
+  std::ifstream in(model, std::ios::binary);
+  std::ofstream o(dir / "bare.tmw", std::ios::binary);
+  std::string line;
+  bool flags = false;
+  while (std::getline(in, line)) {
+    if (flags) line = std::string(40, '0') + "\r";
+    flags = line.rfind("[Flags]", 0) == 0;
+    o << line << "\n";
+  }
+  o.close();
+  out = RunCli("run " + (dir / "bare.tmw").string() + " --quiet --keep-flags --out-dir " + dir.string());
+  EXPECT_EQ(out.find("[exit status not 0]"), std::string::npos) << out;
+  EXPECT_NE(out.find("bare.profiles.csv not written: the XML has no piles block"), std::string::npos) << out;
+  EXPECT_FALSE(fs::exists(dir / "bare.profiles.csv"));
+  fs::remove_all(dir);
+}
+
+}  // namespace
