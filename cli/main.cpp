@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -15,8 +14,8 @@
 #include "console.h"
 #include "csv_output.h"
 #include "model_peek.h"
-#include "post_run_warnings.h"
 #include "quellon.h"
+#include "result_summary.h"
 #include "run_results.h"
 
 namespace {
@@ -234,52 +233,6 @@ std::string Fixed(double v, int width, int decimals) {
 }
 
 // ---- The summary ------------------------------------------------------------------
-// The pile heads, and down each pile its largest bending moment and axial force, from the
-// last piles block of the XML output.
-void PrintPileResults(Console& c, const quellon_cli::RunResults& r) {
-  const quellon_cli::IncrementResult* last = r.last_with_piles();
-  c.print("");
-  if (last == nullptr) {
-    c.print("  Pile head loads: not in the XML output (reported at the last increment with flag 35,");
-    c.print("  or at every increment with flags 27, 28 and 31)");
-    return;
-  }
-  c.print("  Loads at the pile heads (kN, kNm, external axes):");
-  c.print("    Pile          Fx          Fy          Fz          Mx          My          Mz  Name");
-  for (std::size_t p = 0; p < last->piles.size() && p < r.piles.size(); ++p) {
-    const quellon_cli::PileResult& pile = last->piles[p];
-    if (pile.elements.empty()) continue;
-    const std::array<double, 6> h =
-        quellon_cli::HeadLoadsExternal(quellon_cli::PileGeometry(r.piles[p], r.elements), pile.elements.front());
-    char buf[256];
-    std::snprintf(buf, sizeof buf, "    %4d %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f  %s", pile.number, h[0], h[1], h[2],
-                  h[3], h[4], h[5], pile.name.c_str());
-    c.print(buf);
-  }
-  c.print("");
-  c.print("  Down each pile (bending moment: resultant of the moments about X and Y; depth below");
-  c.print("  the ground, negative above it; axial force positive in compression):");
-  c.print("    Pile  max moment (kNm)  at depth (m)  max axial force (kN)  at depth (m)  Name");
-  for (std::size_t p = 0; p < last->piles.size() && p < r.piles.size(); ++p) {
-    const quellon_cli::PileResult& pile = last->piles[p];
-    const quellon_cli::PileExtremes x =
-        quellon_cli::ExtremesOf(pile, quellon_cli::PileGeometry(r.piles[p], r.elements));
-    char buf[256];
-    std::snprintf(buf, sizeof buf, "    %4d %17.2f %13s %21.2f %13s  %s", pile.number, x.moment,
-                  Fixed(x.moment_depth, 0, 2).c_str(), x.axial, Fixed(x.axial_depth, 0, 2).c_str(), pile.name.c_str());
-    c.print(buf);
-  }
-}
-
-// The warnings that only the results of a run can give.
-void PrintPostRunWarnings(Console& c, const quellon_cli::RunResults& r) {
-  const std::vector<std::string> warnings = quellon_cli::PostRunWarnings(r);
-  if (warnings.empty()) return;
-  c.print("");
-  c.print("  Warnings:");
-  for (const std::string& w : warnings) c.print("  - " + w);
-}
-
 void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& peek,
                   const quellon_cli::RunResults& results) {
   const RunRecord& r = Record();
@@ -318,7 +271,7 @@ void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& pe
     }
   }
 
-  PrintPileResults(c, results);
+  quellon_cli::PrintPileResults(c, results);
 
   if (peek.increments > 1) {
     c.print("");
@@ -416,7 +369,7 @@ int Run(Console& c, const Options& o) {
   const quellon_cli::RunResults results = quellon_cli::ReadRunResults(xml);
   if (!results.ok) c.message(1, "cannot read back the XML output " + xml + ": " + results.problem);
   PrintSummary(c, o, peek, results);
-  PrintPostRunWarnings(c, results);
+  quellon_cli::PrintPostRunWarnings(c, results);
   std::string outputs = xml + (txt.empty() ? "" : ", " + txt) + ", " + log;
   if (!o.no_csv && results.ok) {
     const quellon_cli::CsvOutcome csv = quellon_cli::WriteResultCsv(results, Stem(xml));

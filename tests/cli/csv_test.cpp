@@ -98,7 +98,7 @@ class Xml {
   // The number in the attribute the expression selects (the first match); NAN if none.
   double num(const std::string& xpath) const {
     const std::string s = text("string(" + xpath + ")");
-    return s.empty() ? NAN : std::strtod(s.c_str(), nullptr);
+    return s.empty() ? std::nan("") : std::strtod(s.c_str(), nullptr);
   }
   std::string text(const std::string& xpath) const {
     std::unique_ptr<xmlXPathObject, void (*)(xmlXPathObjectPtr)> r(
