@@ -171,9 +171,9 @@ CsvOutcome WriteResultCsv(const RunResults& r, const std::string& stem) {
                         ".profiles.csv not written: the XML has no piles block (flags 27, 28 and 31, or 35)");
   } else {
     if (r.nonlinear && r.increments.size() > 1 && !r.increments.front().piles.size())
-      out.notes.push_back(stem + ".heads.csv and " + stem + ".profiles.csv hold increment " +
-                          std::to_string(piles->number) +
-                          " only: the XML has the piles block of the last increment alone (flags 27, 28 and 31 give every increment)");
+      out.notes.push_back(
+          stem + ".heads.csv and " + stem + ".profiles.csv hold increment " + std::to_string(piles->number) +
+          " only: the XML has the piles block of the last increment alone (flags 27, 28 and 31 give every increment)");
     if (!WriteLines(stem + ".heads.csv", HeadsLines(r), out)) return out;
     if (!WriteLines(stem + ".profiles.csv", ProfilesLines(r), out)) return out;
   }

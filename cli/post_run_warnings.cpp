@@ -88,8 +88,9 @@ std::string CapacityWarning(const RunResults& r) {
   const double load = std::fabs(stop->cap_load[2]);
   const bool stopped = r.axial_capacity_used_up();
   if (!stopped && load <= capacity) return "";
-  std::string s = Format("the axial capacity of the group, the sum of its limiting stresses, is %.0f kN (shaft %.0f kN, base %.0f kN); ",
-                         capacity, shaft, base);
+  std::string s = Format(
+      "the axial capacity of the group, the sum of its limiting stresses, is %.0f kN (shaft %.0f kN, base %.0f kN); ",
+      capacity, shaft, base);
   if (stopped) {
     if (before != nullptr)
       s += Format("the run accepted %.0f kN", std::fabs(before->cap_load[2])) + " (increment " +

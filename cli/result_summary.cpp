@@ -33,11 +33,10 @@ void PrintPileResults(Console& c, const RunResults& r) {
   for (std::size_t p = 0; p < last->piles.size() && p < r.piles.size(); ++p) {
     const PileResult& pile = last->piles[p];
     if (pile.elements.empty()) continue;
-    const std::array<double, 6> h =
-        HeadLoadsExternal(PileGeometry(r.piles[p], r.elements), pile.elements.front());
+    const std::array<double, 6> h = HeadLoadsExternal(PileGeometry(r.piles[p], r.elements), pile.elements.front());
     char buf[256];
-    std::snprintf(buf, sizeof buf, "    %4d %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f  %s", pile.number, h[0], h[1], h[2],
-                  h[3], h[4], h[5], pile.name.c_str());
+    std::snprintf(buf, sizeof buf, "    %4d %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f  %s", pile.number, h[0], h[1],
+                  h[2], h[3], h[4], h[5], pile.name.c_str());
     c.print(buf);
   }
   c.print("");
@@ -46,8 +45,7 @@ void PrintPileResults(Console& c, const RunResults& r) {
   c.print("    Pile  max moment (kNm)  at depth (m)  max axial force (kN)  at depth (m)  Name");
   for (std::size_t p = 0; p < last->piles.size() && p < r.piles.size(); ++p) {
     const PileResult& pile = last->piles[p];
-    const PileExtremes x =
-        ExtremesOf(pile, PileGeometry(r.piles[p], r.elements));
+    const PileExtremes x = ExtremesOf(pile, PileGeometry(r.piles[p], r.elements));
     char buf[256];
     std::snprintf(buf, sizeof buf, "    %4d %17.2f %13s %21.2f %13s  %s", pile.number, x.moment,
                   Depth(x.moment_depth).c_str(), x.axial, Depth(x.axial_depth).c_str(), pile.name.c_str());

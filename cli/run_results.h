@@ -27,8 +27,8 @@ struct ElementResult {
   double length = 0;  // m, along the pile
   // kPa. Axial: shear on the shaft, or the pressure on the base at the toe.
   std::array<double, 4> stress{};
-  std::array<double, 4> limit{};  // non-linear runs only
-  std::array<bool, 4> yielded{};  // non-linear runs only
+  std::array<double, 4> limit{};     // non-linear runs only
+  std::array<bool, 4> yielded{};     // non-linear runs only
   std::array<double, 3> movement{};  // m: X, Y, along the pile (Z)
   double twist = 0;                  // rad
   std::array<double, 3> force{};     // kN at the top of the element: shear X, shear Y, axial (Z)
@@ -51,8 +51,8 @@ struct IncrementResult {
 
 struct PileInput {
   std::string name;
-  double length = 0;           // embedded, along the pile
-  double free_length = 0;      // vertical, above the ground
+  double length = 0;       // embedded, along the pile
+  double free_length = 0;  // vertical, above the ground
   double shaft_diameter = 0;
   double base_diameter = 0;
   double rake_x = 0, rake_y = 0;  // degrees
@@ -71,7 +71,9 @@ struct RunResults {
   std::vector<PileInput> piles;
   std::vector<IncrementResult> increments;  // in order of increment; only those the document holds
 
-  bool flag(int i) const { return i >= 1 && i <= static_cast<int>(flags.size()) && flags[static_cast<std::size_t>(i - 1)] == '1'; }
+  bool flag(int i) const {
+    return i >= 1 && i <= static_cast<int>(flags.size()) && flags[static_cast<std::size_t>(i - 1)] == '1';
+  }
   // The last increment with a piles block, or null.
   const IncrementResult* last_with_piles() const;
   // True when every axial unknown of the last piles block has yielded: the run stopped at

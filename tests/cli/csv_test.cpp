@@ -52,7 +52,9 @@ struct Csv {
     ADD_FAILURE() << "no column " << name;
     return 0;
   }
-  double num(std::size_t row, const std::string& name) const { return std::strtod(rows[row][col(name)].c_str(), nullptr); }
+  double num(std::size_t row, const std::string& name) const {
+    return std::strtod(rows[row][col(name)].c_str(), nullptr);
+  }
 };
 
 std::vector<std::string> Fields(const std::string& line) {
@@ -128,8 +130,8 @@ class CsvOfExample : public ::testing::TestWithParam<const char*> {};
 TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
   const std::string name = GetParam();
   const fs::path dir = Scratch(name);
-  const std::string out = RunCli("run " + (fs::path(QUELLON_EXAMPLES_DIR) / (name + ".tmw")).string() + " --quiet --out-dir " +
-                                 dir.string());
+  const std::string out = RunCli("run " + (fs::path(QUELLON_EXAMPLES_DIR) / (name + ".tmw")).string() +
+                                 " --quiet --out-dir " + dir.string());
   ASSERT_EQ(out.find("[exit status not 0]"), std::string::npos) << out;
   const Xml xml(dir / (name + ".xml"));
   ASSERT_TRUE(xml.ok());
@@ -150,34 +152,44 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
     if (xml.text("string(" + at + "@number)").empty()) break;
     const double a = xml.num(at + "XRake/@value") * kPi / 180, e = xml.num(at + "YRake/@value") * kPi / 180;
     piles.push_back({xml.num(at + "EmbeddedLength/@value"), xml.num(at + "FreeStandingLength/@value"),
-                     xml.num(at + "ExternalDiameter/@value"), xml.num(at + "BaseDiameter/@value"), std::cos(a), std::sin(a),
-                     std::cos(e), std::sin(e), xml.num(at + "XPosition/@value") - cx, xml.num(at + "YPosition/@value") - cy});
+                     xml.num(at + "ExternalDiameter/@value"), xml.num(at + "BaseDiameter/@value"), std::cos(a),
+                     std::sin(a), std::cos(e), std::sin(e), xml.num(at + "XPosition/@value") - cx,
+                     xml.num(at + "YPosition/@value") - cy});
   }
   const std::size_t P = piles.size();
   int increments = 0;
-  while (!xml.text("string(/Tolmark/Output/Increment[1]/Piles[" + std::to_string(increments + 1) + "]/No-Of-Piles/@number)").empty())
+  while (!xml.text("string(/Tolmark/Output/Increment[1]/Piles[" + std::to_string(increments + 1) +
+                   "]/No-Of-Piles/@number)")
+              .empty())
     ++increments;
   ASSERT_GT(increments, 0);
   ASSERT_EQ(profiles.rows.size(), static_cast<std::size_t>(increments) * P * static_cast<std::size_t>(n + 2));
   ASSERT_EQ(heads.rows.size(), static_cast<std::size_t>(increments) * P);
 
   // Profiles: every column against the element of the document.
-  static const std::map<std::string, std::string> kLoads = {
-      {"axial force (kN)", "Force[@axis='Z']"},       {"shear X (kN)", "Force[@axis='X']"},
-      {"shear Y (kN)", "Force[@axis='Y']"},           {"moment about X (kNm)", "Moment[@axis='X']"},
-      {"moment about Y (kNm)", "Moment[@axis='Y']"},  {"torque (kNm)", "Moment[@axis='Z']"},
-      {"axial movement (mm)", "Displacement[@axis='Z']"}, {"X movement (mm)", "Displacement[@axis='X']"},
-      {"Y movement (mm)", "Displacement[@axis='Y']"},  {"twist (mrad)", "Rotation[@axis='Z']"},
-      {"axial stress (kPa)", "Shear-Stress"},         {"normal stress X (kPa)", "Normal-Stress[@axis='X']"},
-      {"normal stress Y (kPa)", "Normal-Stress[@axis='Y']"}, {"torsional stress (kPa)", "Torsional-Stress"}};
+  static const std::map<std::string, std::string> kLoads = {{"axial force (kN)", "Force[@axis='Z']"},
+                                                            {"shear X (kN)", "Force[@axis='X']"},
+                                                            {"shear Y (kN)", "Force[@axis='Y']"},
+                                                            {"moment about X (kNm)", "Moment[@axis='X']"},
+                                                            {"moment about Y (kNm)", "Moment[@axis='Y']"},
+                                                            {"torque (kNm)", "Moment[@axis='Z']"},
+                                                            {"axial movement (mm)", "Displacement[@axis='Z']"},
+                                                            {"X movement (mm)", "Displacement[@axis='X']"},
+                                                            {"Y movement (mm)", "Displacement[@axis='Y']"},
+                                                            {"twist (mrad)", "Rotation[@axis='Z']"},
+                                                            {"axial stress (kPa)", "Shear-Stress"},
+                                                            {"normal stress X (kPa)", "Normal-Stress[@axis='X']"},
+                                                            {"normal stress Y (kPa)", "Normal-Stress[@axis='Y']"},
+                                                            {"torsional stress (kPa)", "Torsional-Stress"}};
   for (std::size_t row = 0; row < profiles.rows.size(); ++row) {
     const int inc = static_cast<int>(profiles.num(row, "increment"));
     const int p = static_cast<int>(profiles.num(row, "pile"));
     const int k = static_cast<int>(profiles.num(row, "element"));
-    const std::string pile = "/Tolmark/Output/Increment[1]/Piles[" + std::to_string(inc) + "]/Pile[" + std::to_string(p) + "]/";
+    const std::string pile =
+        "/Tolmark/Output/Increment[1]/Piles[" + std::to_string(inc) + "]/Pile[" + std::to_string(p) + "]/";
     const std::string el = k <= n ? pile + "Element[@number='" + std::to_string(k) + "']/" : pile + "Toe/";
-    const std::string where = name + " increment " + std::to_string(inc) + " pile " + std::to_string(p) + " element " +
-                              std::to_string(k);
+    const std::string where =
+        name + " increment " + std::to_string(inc) + " pile " + std::to_string(p) + " element " + std::to_string(k);
     for (const auto& [column, node] : kLoads) {
       const std::string field = profiles.rows[row][profiles.col(column)];
       std::string path = el + (k > n && column == "axial stress (kPa)" ? "Bearing-Pressure" : node);
@@ -186,13 +198,15 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
         EXPECT_TRUE(field.empty() || std::strtod(field.c_str(), nullptr) == 0.0) << where << " " << column;
         continue;
       }
-      const double scale = column.find("(mm)") != std::string::npos || column.find("(mrad)") != std::string::npos ? 1000 : 1;
+      const double scale =
+          column.find("(mm)") != std::string::npos || column.find("(mrad)") != std::string::npos ? 1000 : 1;
       ExpectSame(std::strtod(field.c_str(), nullptr), value * scale, where + " " + column);
       if (nonlinear && k > 0 && column.find("stress") != std::string::npos) {
         const std::string kind = column.substr(0, column.find(" stress"));
         const std::string prefix = kind == "normal" ? "normal " + column.substr(14, 1) : kind;
         ExpectSame(profiles.num(row, prefix + " limit (kPa)"), xml.num(path + "/@limit"), where + " limit");
-        EXPECT_EQ(profiles.num(row, prefix + " yielded (1 yes)") == 1, xml.text("string(" + path + "/@yield)") == "true")
+        EXPECT_EQ(profiles.num(row, prefix + " yielded (1 yes)") == 1,
+                  xml.text("string(" + path + "/@yield)") == "true")
             << where;
       }
     }
@@ -215,7 +229,8 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
     EXPECT_NEAR(profiles.num(toe, "top depth below ground (m)"), g.length * g.ca * g.ce, 1e-4);
     const double h = g.length / n;
     const double sx = profiles.num(bottom, "normal stress X (kPa)"), sy = profiles.num(bottom, "normal stress Y (kPa)");
-    EXPECT_NEAR(profiles.num(toe, "axial force (kN)"), profiles.num(toe, "axial stress (kPa)") * kPi * g.db * g.db / 4, scale);
+    EXPECT_NEAR(profiles.num(toe, "axial force (kN)"), profiles.num(toe, "axial stress (kPa)") * kPi * g.db * g.db / 4,
+                scale);
     EXPECT_NEAR(profiles.num(bottom, "axial force (kN)") - profiles.num(bottom, "axial stress (kPa)") * kPi * g.ds * h,
                 profiles.num(toe, "axial force (kN)"), scale);
     EXPECT_NEAR(profiles.num(bottom, "shear X (kN)"), sx * h * g.ds, scale);
@@ -244,8 +259,12 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
       ExpectSame(My, xml.num(head + "Moment[@axis='Y']/@value"), "My");
       // The head moments stand at cap level; the engine adds the piles up at the ground.
       const double Mxz = My + X * g.free / g.ca, Myz = Mx + Y * g.free / g.ce;
-      const double terms[6] = {Hx, Hy, V, (g.dy - g.free * g.se / g.ce) * V + Myz - g.free * Hy,
-                               (g.dx - g.free * g.sa / g.ca) * V + Mxz - g.free * Hx, Mz - g.dy * Hx + g.dx * Hy};
+      const double terms[6] = {Hx,
+                               Hy,
+                               V,
+                               (g.dy - g.free * g.se / g.ce) * V + Myz - g.free * Hy,
+                               (g.dx - g.free * g.sa / g.ca) * V + Mxz - g.free * Hx,
+                               Mz - g.dy * Hx + g.dx * Hy};
       for (int a = 0; a < 6; ++a) {
         load[a] += terms[a];
         scale[a] += std::fabs(terms[a]) + std::fabs(a >= 3 ? (std::fabs(g.dx) + std::fabs(g.dy) + g.free) * V : 0.0);
@@ -255,10 +274,12 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
                    wV = heads.num(row, "Z movement (mm)") / 1000;
       const double axial = g.ca * g.ce * wV - g.sa * wX - g.se * wY;
       EXPECT_NEAR(axial, xml.num(head + "Displacement[@axis='Z']/@value"), 1e-4 + 1e-3 * std::fabs(axial)) << name;
-      EXPECT_NEAR(g.sa * wV + g.ca * wX, xml.num(head + "Displacement[@axis='X']/@value"), 1.01e-4 + 1e-3 * std::fabs(wX));
-      EXPECT_NEAR(g.se * wV + g.ce * wY, xml.num(head + "Displacement[@axis='Y']/@value"), 1.01e-4 + 1e-3 * std::fabs(wY));
+      EXPECT_NEAR(g.sa * wV + g.ca * wX, xml.num(head + "Displacement[@axis='X']/@value"),
+                  1.01e-4 + 1e-3 * std::fabs(wX));
+      EXPECT_NEAR(g.se * wV + g.ce * wY, xml.num(head + "Displacement[@axis='Y']/@value"),
+                  1.01e-4 + 1e-3 * std::fabs(wY));
     }
-    static const char* const kCap[6] = {"Force[@axis='X']", "Force[@axis='Y']", "Force[@axis='Z']",
+    static const char* const kCap[6] = {"Force[@axis='X']",  "Force[@axis='Y']",  "Force[@axis='Z']",
                                         "Moment[@axis='X']", "Moment[@axis='Y']", "Moment[@axis='Z']"};
     for (int a = 0; a < 6; ++a)
       EXPECT_NEAR(load[a], xml.num(cap + "Actions/" + kCap[a] + "/@value"), 1e-3 * scale[a] + 0.05)
@@ -272,7 +293,8 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
       const std::string cap = "/Tolmark/Output/Increment[1]/Pile-Cap[" + std::to_string(row + 1) + "]/";
       ExpectSame(history.num(row, "Fz (kN)"), xml.num(cap + "Actions/Force[@axis='Z']/@value"), "history Fz");
       ExpectSame(history.num(row, "Z (mm)"), xml.num(cap + "Effects/Displacement[@axis='Z']/@value"), "history Z");
-      ExpectSame(history.num(row, "about Y (mrad)"), xml.num(cap + "Effects/Rotation[@axis='Y']/@value"), "history rot Y");
+      ExpectSame(history.num(row, "about Y (mrad)"), xml.num(cap + "Effects/Rotation[@axis='Y']/@value"),
+                 "history rot Y");
     }
   }
   fs::remove_all(dir);
@@ -301,7 +323,8 @@ TEST(PostRunWarnings, FireWhereCoarseIncrementsOvershootTheLimitsOnly) {
   const fs::path dir = Scratch("warnings");
   // Ten increments to 24 MN: elements pass their limits by far before they yield, and the
   // group takes more than the sum of its limits before the run stops.
-  std::string out = RunCli("run " + WithLoad(dir, "0. 0. 24000. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
+  std::string out =
+      RunCli("run " + WithLoad(dir, "0. 0. 24000. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
   EXPECT_NE(out.find("Warnings:"), std::string::npos) << out;
   EXPECT_NE(out.find("above a limiting stress at some increment (largest: "), std::string::npos) << out;
   // The capacity it quotes is the sum of the limits in the document: shaft friction over
