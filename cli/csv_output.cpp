@@ -170,7 +170,7 @@ CsvOutcome WriteResultCsv(const RunResults& r, const std::string& stem) {
     out.notes.push_back(stem + ".heads.csv and " + stem +
                         ".profiles.csv not written: the XML has no piles block (flags 27, 28 and 31, or 35)");
   } else {
-    if (r.nonlinear && r.increments.size() > 1 && !r.increments.front().piles.size())
+    if (r.nonlinear && r.increments.size() > 1 && r.increments.front().piles.empty())
       out.notes.push_back(
           stem + ".heads.csv and " + stem + ".profiles.csv hold increment " + std::to_string(piles->number) +
           " only: the XML has the piles block of the last increment alone (flags 27, 28 and 31 give every increment)");
