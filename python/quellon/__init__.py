@@ -15,14 +15,8 @@ from ._capi import LibraryNotFound, find_library, padded260
 from ._capi import library as capi
 from .model import DEFAULT_FLAGS, Layer, Loads, Model, Pile, QuellonError
 from .results import Results, read_xml, run
+from . import plots  # noqa: E402  (after the results it draws)
 
 __all__ = ["Model", "Pile", "Layer", "Loads", "QuellonError", "Results", "run", "read_xml",
            "capi", "find_library", "padded260", "LibraryNotFound", "DEFAULT_FLAGS", "plots"]
 
-
-def __getattr__(name):
-    # matplotlib is loaded on first use of the plots only.
-    if name == "plots":
-        from . import plots
-        return plots
-    raise AttributeError(name)

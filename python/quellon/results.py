@@ -91,6 +91,16 @@ class Results:
                 return t
         return None
 
+    def max_moments(self, increment: int | None = None) -> pd.DataFrame:
+        """Per pile, the largest bending moment (resultant of Mx and My, kNm) at an
+        increment (default the last), with its depth below ground (m) and along the pile."""
+        inc = self.profiles.increment.max() if increment is None else increment
+        p = self.profiles[(self.profiles.increment == inc) & self.profiles.Mx_kNm.notna()].copy()
+        p["M_kNm"] = np.hypot(p.Mx_kNm, p.My_kNm)
+        top = p.loc[p.groupby("pile").M_kNm.idxmax()]
+        return top[["pile", "name", "M_kNm", "Mx_kNm", "My_kNm", "z_top_m", "s_top_m"]].rename(
+            columns={"z_top_m": "depth_m", "s_top_m": "along_pile_m"}).reset_index(drop=True)
+
     def profile(self, pile: int, increment: int | None = None) -> pd.DataFrame:
         """The profile of one pile (numbered from 1) at an increment (default the last)."""
         inc = self.profiles.increment.max() if increment is None else increment
