@@ -37,3 +37,14 @@ def test_the_report_page_links_every_figure_it_names(tmp_path):
         assert not name.startswith(("http:", "https:", "/")), "the page must open offline"
         assert (tmp_path / name).stat().st_size > 10_000
     assert text.count("<table") == 4
+
+
+def test_the_parametric_example_prints_falling_settlement_ratios_and_saves_its_plot(tmp_path, capsys):
+    import runpy
+    study = runpy.run_path(str(EXAMPLES / "parametric_spacing.py"))
+    study["main"](tmp_path / "study.png")
+    rows = [line.split() for line in capsys.readouterr().out.splitlines() if line[:4].strip().isdigit()]
+    assert [int(r[0]) for r in rows] == [2, 3, 4, 5, 6]
+    ratios = [float(r[3]) for r in rows]
+    assert all(1 < b < a for a, b in zip(ratios, ratios[1:]))   # closer piles interact more
+    assert (tmp_path / "study.png").stat().st_size > 10_000
