@@ -7,10 +7,11 @@ engine has no export that clears a model, and a run is what resets it, so a mode
 is not run is discarded by a run that the engine refuses at once (a not-a-number depth
 of the rigid layer).
 
-The callbacks are registered once, when the library is first used, and stay registered
-for the life of the process; their ctypes objects live at module level, so the engine
-never calls a function that Python has freed. They write into the record of the call
-in progress.
+The package's message and stiffness callbacks are registered at the start of every
+use (so a function that a caller registered through `quellon.capi()` is replaced then)
+and stay registered; their ctypes objects live at module level for the life of the
+process, so the engine never calls a function that Python has freed. They write into
+the record of the call in progress.
 """
 from __future__ import annotations
 
@@ -58,17 +59,13 @@ _callbacks = {
     "QuellonSetProjectMessageCallback": _capi.MessageFn(_on_message),
     "QuellonSetStiffnessMatrixCallback": _capi.StiffnessMatrixFn(_on_stiffness),
 }
-_registered = False
 
 
 def engine() -> ctypes.CDLL:
     """The library with this package's callbacks registered. Call with the lock held."""
-    global _registered
     lib = _capi.library()
-    if not _registered:
-        for name, fn in _callbacks.items():
-            getattr(lib, name)(fn)
-        _registered = True
+    for name, fn in _callbacks.items():
+        getattr(lib, name)(fn)
     return lib
 
 

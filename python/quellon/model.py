@@ -10,6 +10,7 @@ it through the setters and runs it.
 """
 from __future__ import annotations
 
+import ctypes
 import datetime as _dt
 import os
 import re
@@ -192,7 +193,7 @@ class Model:
 
         if len(self.flags) != 40 or set(self.flags) - set("0123456789"):
             raise QuellonError("flags must be a string of 40 digits")
-        flags = (_ctypes_int * 40)(*[1 if c in "13579" else 0 for c in self.flags])
+        flags = (ctypes.c_int * 40)(*[0 if c == "0" else 1 for c in self.flags])
         text("QuellonSetProjectName", self.name)
         text("QuellonSetProjectDescription", self.description)
         call("QuellonSetProjectDate", self.date.year, self.date.month, self.date.day)
@@ -257,8 +258,6 @@ class Model:
         ld = self.loads
         call("QuellonSetActions", ld.fx, ld.fy, ld.fz, ld.mx, ld.my, ld.mz, ld.x, ld.y)
 
-
-from ctypes import c_int as _ctypes_int  # noqa: E402
 
 
 def _latin1(s: str) -> bytes:

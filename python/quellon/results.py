@@ -17,6 +17,7 @@ Y and Z. Units are in the column names.
 """
 from __future__ import annotations
 
+import ctypes
 import os
 import re
 import shutil
@@ -143,7 +144,7 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
         on = REPORT_FLAGS + (EVERY_INCREMENT_FLAGS if every_increment else ())
         off = () if every_increment else EVERY_INCREMENT_FLAGS
         flags = _set_flags(flags, on, off)
-        lib.QuellonSetProjectFlags((_engine.ctypes.c_int * 40)(*[int(c) for c in flags]), 40)
+        lib.QuellonSetProjectFlags((ctypes.c_int * 40)(*[int(c) for c in flags]), 40)
         xml, txt = tmp / f"{stem}.xml", tmp / f"{stem}.txt"
         with _engine.quiet_stdout(quiet):
             ok = lib.QuellonRunAnalysis2(os.fsencode(xml), os.fsencode(txt))
