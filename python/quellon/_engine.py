@@ -144,17 +144,22 @@ def check_file(path: Path) -> None:
         discard(lib, tmp)
 
 
-def send(lib, tmp: Path, model: Model) -> None:
+def send(lib, record: _Record, tmp: Path, model: Model) -> None:
+    """Sends a model through the setters; a refused setter raises `QuellonError` with the
+    engine's own message, and the half-sent model is discarded."""
     try:
         model.send(lib)
-    except QuellonError:
+    except QuellonError as e:
+        errors = record.errors()
         discard(lib, tmp)
+        if errors:
+            raise QuellonError(f"{e}: " + "; ".join(errors), errors) from e
         raise
 
 
 def write_tmk(model: Model, path: Path) -> None:
     with session() as (lib, record, tmp):
-        send(lib, tmp, model)
+        send(lib, record, tmp, model)
         ok = lib.QuellonCreateTMKFile(os.fsencode(path))
         lib.QuellonCloseTMKFile()
         discard(lib, tmp)

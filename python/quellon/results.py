@@ -135,7 +135,7 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
         if isinstance(model, Model):
             flags = model.flags
             stem = "model"
-            _engine.send(lib, tmp, model)
+            _engine.send(lib, record, tmp, model)
         else:
             path = Path(model)
             stem = path.stem

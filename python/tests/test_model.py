@@ -48,8 +48,15 @@ def direct_ground():
     return m
 
 
+def no_ground():
+    m = group_3x3()
+    m.layers = []
+    return m
+
+
 @pytest.mark.parametrize("make, expect", [
     (broken_pile, "pile 4"),
+    (no_ground, "no layers"),
     (direct_ground, "no setter"),
 ])
 def test_refused_models_raise_the_engines_message_and_leave_the_engine_empty(make, expect, run_example):
