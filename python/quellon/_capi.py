@@ -5,9 +5,11 @@ compiled. Each export is one row of a table: name, result type, argument types. 
 a new export, add its row under its group.
 
 Types: reals cross as C doubles (the engine stores 32-bit floats), integers as int,
-the header's quellon_bool as one signed byte, texts as NUL-terminated bytes with a count
-of characters. The four entries that end in DIRECT take fixed 260-character texts
-padded with blanks; `padded260` builds them.
+the header's quellon_bool as one signed byte, texts as NUL-terminated characters (`Text`
+takes str, bytes or a path) with a count of characters where the header has one. The
+four entries that end in DIRECT take fixed 260-character texts padded with blanks:
+`Path260` pads a plain path on the way in, so `lib.READTMWFILEDIRECT("model.tmw")`
+works as it stands.
 """
 from __future__ import annotations
 
@@ -19,7 +21,37 @@ from ctypes import (CFUNCTYPE, POINTER, c_char_p, c_double, c_float, c_int, c_lo
 from pathlib import Path
 
 quellon_bool = c_byte
-_text = c_char_p
+PATH_FIELD = 260  # characters of a path of the DIRECT entries
+
+
+class Text(c_char_p):
+    """A NUL-terminated text argument: bytes as they are, str in Latin-1 (the engine's code
+    page), a path object as the file system spells it, None as a null pointer."""
+
+    @classmethod
+    def from_param(cls, value):
+        if isinstance(value, str):
+            value = value.encode("latin-1", errors="replace")
+        elif isinstance(value, os.PathLike):
+            value = os.fsencode(value)
+        return c_char_p.from_param(value)
+
+
+class Path260(c_char_p):
+    """A path of the DIRECT entries: blank-padded to 260 characters here, so that a caller
+    passes a plain path (str, bytes or path object) or None for a null pointer."""
+
+    @classmethod
+    def from_param(cls, value):
+        if value is None:
+            return None
+        if isinstance(value, bytes) and len(value) > PATH_FIELD:
+            return c_char_p.from_param(value)       # already padded
+        return c_char_p.from_param(padded260(os.fsdecode(value) if isinstance(value, bytes) else value))
+
+
+_text = Text
+_path260 = Path260
 _int_p = POINTER(c_int)
 _float_p = POINTER(c_float)
 
@@ -105,23 +137,20 @@ EXPORTS: dict[str, tuple] = {
     # Run
     "QuellonRunAnalysis1": (_I, [_text]),
     "QuellonRunAnalysis2": (_I, [_text, _text]),
-    "RUNANALYSISDIRECT": (_I, [_text, _text, c_void_p]),
+    "RUNANALYSISDIRECT": (_I, [_path260, _path260, c_void_p]),
     # Files
     "QuellonCreateLOGFile": (_I, [_text]),
-    "CREATELOGFILEDIRECT": (_I, [_text]),
+    "CREATELOGFILEDIRECT": (_I, [_path260]),
     "QuellonCloseLOGFile": (None, []),
     "QuellonCreateTMKFile": (_I, [_text]),
-    "WRITETMKFILEDIRECT": (_I, [_text]),
-    "READTMWFILEDIRECT": (_I, [_text]),
+    "WRITETMKFILEDIRECT": (_I, [_path260]),
+    "READTMWFILEDIRECT": (_I, [_path260]),
     "QuellonGetTMWLineNumber": (_I, []),
     "QuellonCloseTMWFile": (None, []),
     "QuellonCloseTMKFile": (None, []),
     "QuellonCloseTXTFile": (None, []),
     "QuellonCloseAllFiles": (None, []),
 }
-
-PATH_FIELD = 260  # characters of a path of the DIRECT entries
-
 
 class LibraryNotFound(OSError):
     """The engine library could not be found or loaded."""

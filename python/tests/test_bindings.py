@@ -33,3 +33,18 @@ def test_padded_paths_are_260_blank_padded_characters():
         except ValueError:
             continue
         raise AssertionError(f"accepted {bad!r}")
+
+
+def test_direct_entries_take_plain_paths_and_leave_the_package_working(tmp_path, run_example):
+    import numpy as np
+
+    import quellon
+    from conftest import EXAMPLES
+    lib = _capi.library()
+    assert lib.READTMWFILEDIRECT(EXAMPLES / "single_bored_pile_clay.tmw") == 1
+    assert lib.QuellonGetBoreholeNumberOfLayers() > 0
+    assert lib.RUNANALYSISDIRECT(str(tmp_path / "raw.xml"), None, None) == 1
+    lib.QuellonCloseAllFiles()
+    assert lib.QuellonGetBoreholeNumberOfLayers() == 0       # a run consumes the model
+    raw = quellon.read_xml(tmp_path / "raw.xml")
+    assert np.array_equal(raw.cap.uz_mm, run_example("single_bored_pile_clay").cap.uz_mm)
