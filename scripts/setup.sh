@@ -4,6 +4,8 @@
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libopenblas-dev libgtest-dev libbenchmark-dev libxml2-dev)
+# The Python package (python/quellon) and its tests run on Debian's interpreter.
+packages+=(python3 python3-numpy python3-pandas python3-matplotlib python3-pytest)
 # The fuzz build needs clang with libFuzzer and its OpenMP runtime.
 if [ "${QUELLON_WITH_FUZZ:-${CI:-false}}" = "true" ]; then
   packages+=(clang-14 libclang-rt-14-dev libomp-14-dev)

@@ -1,0 +1,313 @@
+"""Running a model and reading its results.
+
+`run` sends a `Model` through the engine's setters (or has the engine read a model
+file), runs it and reads the XML output into pandas DataFrames and numpy arrays.
+
+Report flags. The XML holds only what the model's flags ask for, so a run adds:
+  - 25: the cap block (loads and movement) of every increment;
+  - 35: the complete report of the last increment (pile heads and profiles, and in a
+    linear run the group stiffness table);
+  - 27, 28 and 31 (unless ``every_increment=False``): the pile block of every
+    increment, so that profiles exist for each increment of a non-linear run.
+The other flags stay as the model has them.
+
+Axes are the engine's external axes: X and Y horizontal, Z positive downward, so a
+compressive axial force and a settlement are positive. Moments Mx, My, Mz act about X,
+Y and Z. Units are in the column names.
+"""
+from __future__ import annotations
+
+import ctypes
+import os
+import re
+import shutil
+from dataclasses import dataclass, field
+from pathlib import Path
+
+import numpy as np
+import pandas as pd
+
+from . import _engine
+from .model import Model, QuellonError
+
+REPORT_FLAGS = (25, 35)
+EVERY_INCREMENT_FLAGS = (27, 28, 31)
+
+_attr = re.compile(r'([\w:-]+)\s*=\s*"([^"]*)"')
+_open = re.compile(r"^\s*<([\w-]+)")
+
+
+@dataclass
+class Results:
+    """The results of one run.
+
+    cap: one row per increment: increment; cumulative cap loads Fx_kN, Fy_kN, Fz_kN,
+        Mx_kNm, My_kNm, Mz_kNm; cap movement ux_mm, uy_mm, uz_mm (uz is the settlement)
+        and rotations rx_mrad, ry_mrad, rz_mrad about X, Y, Z.
+    stiffness: one row per increment: the diagonal of the 6 by 6 group stiffness
+        Kxx_kN_per_m, Kyy_kN_per_m, Kzz_kN_per_m, Krx_kNm_per_rad, Kry_kNm_per_rad,
+        Krz_kNm_per_rad. The whole matrices are in `grmat`.
+    grmat: array (increments, 6, 6): the group stiffness, rows and columns X, Y, Z,
+        about X, about Y, about Z, in kN, kNm, m, rad (from the engine's stiffness
+        callback: the XML carries the group stiffness of linear runs only).
+    heads: one row per pile at the last increment: pile, name, x_m, y_m, the loads at
+        the pile head Fx_kN, Fy_kN, Fz_kN (axial), Mx_kNm, My_kNm, Mz_kNm (torque) and its
+        movement ux_m, uy_m, uz_m, twist_rad.
+    profiles: one row per pile, element and increment: increment, pile, name, element
+        (0 the free-standing part above ground, 1..n the shaft elements from the head,
+        n + 1 the toe), s_top_m (distance along the pile from the soil entry point to
+        the top of the element, where its loads act; -free-standing length for element
+        0; the pile length for the toe), length_m, z_top_m and z_mid_m (depth below
+        ground of the top and of the mid-point, along-pile distance times the cosines of
+        both rakes), the loads at the top of the element Fx_kN, Fy_kN (shears), N_kN
+        (axial force), Mx_kNm, My_kNm (bending moments), T_kNm (torque), the movements
+        ux_m, uy_m, uz_m, twist_rad, the soil stresses on the element
+        stress_x_kPa, stress_y_kPa (normal, transverse), stress_torsion_kPa and
+        stress_axial_kPa (shaft shear stress, or the bearing pressure at the toe), and
+        in a non-linear run their limits (limit_*_kPa) and yield states (yield_*).
+    messages: (severity, text) of the engine's messages during the run; severity 0
+        info, 1 warning, 2 error, 3 critical. An orderly stop at the axial capacity of
+        the group comes as an error message with a successful run.
+    xml: the path of the XML output if it was kept, else None.
+    """
+    cap: pd.DataFrame
+    stiffness: pd.DataFrame
+    grmat: np.ndarray
+    heads: pd.DataFrame
+    profiles: pd.DataFrame
+    piles: pd.DataFrame
+    messages: list[tuple[int, str]] = field(default_factory=list)
+    nonlinear: bool = False
+    xml: Path | None = None
+
+    @property
+    def increments(self) -> int:
+        return len(self.cap)
+
+    @property
+    def stopped(self) -> str | None:
+        """The engine's message if the run stopped at the axial capacity, else None."""
+        for s, t in self.messages:
+            if s >= 2 and "capacity" in t:
+                return t
+        return None
+
+    def max_moments(self, increment: int | None = None) -> pd.DataFrame:
+        """Per pile, the largest bending moment (resultant of Mx and My, kNm) at an
+        increment (default the last), with its depth below ground (m) and along the pile."""
+        inc = self.profiles.increment.max() if increment is None else increment
+        p = self.profiles[(self.profiles.increment == inc) & self.profiles.Mx_kNm.notna()].copy()
+        p["M_kNm"] = np.hypot(p.Mx_kNm, p.My_kNm)
+        top = p.loc[p.groupby("pile").M_kNm.idxmax()]
+        return top[["pile", "name", "M_kNm", "Mx_kNm", "My_kNm", "z_top_m", "s_top_m"]].rename(
+            columns={"z_top_m": "depth_m", "s_top_m": "along_pile_m"}).reset_index(drop=True)
+
+    def profile(self, pile: int, increment: int | None = None) -> pd.DataFrame:
+        """The profile of one pile (numbered from 1) at an increment (default the last)."""
+        inc = self.profiles.increment.max() if increment is None else increment
+        p = self.profiles
+        return p[(p.pile == pile) & (p.increment == inc)].reset_index(drop=True)
+
+
+def _set_flags(flags: str, on: tuple[int, ...], off: tuple[int, ...] = ()) -> str:
+    f = list(flags)
+    for i in on:
+        f[i - 1] = "1"
+    for i in off:
+        f[i - 1] = "0"
+    return "".join(f)
+
+
+def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
+        keep: str | os.PathLike | None = None, quiet: bool = True) -> Results:
+    """Runs a model and returns its `Results`.
+
+    model: a `Model` (sent through the setters) or the path of a text model file (read by
+    the engine itself). every_increment: profiles of every increment (else of the last).
+    keep: a directory in which the XML output and the TXT report stay (named after the
+    model). quiet: keep the engine's lines on standard output away.
+
+    Only one run at a time per process: the engine has one model, and runs from other
+    threads wait for the lock. Raises `QuellonError` with the engine's messages if the
+    model is refused or the run fails.
+    """
+    with _engine.session() as (lib, record, tmp):
+        if isinstance(model, Model):
+            flags = model.flags
+            stem = "model"
+            _engine.send(lib, record, tmp, model)
+        else:
+            path = Path(model)
+            stem = path.stem
+            _engine.load_file(lib, record, tmp, path)
+            flags = _engine.file_flags(path)
+        on = REPORT_FLAGS + (EVERY_INCREMENT_FLAGS if every_increment else ())
+        off = () if every_increment else EVERY_INCREMENT_FLAGS
+        flags = _set_flags(flags, on, off)
+        lib.QuellonSetProjectFlags((ctypes.c_int * 40)(*[int(c) for c in flags]), 40)
+        xml, txt = tmp / f"{stem}.xml", tmp / f"{stem}.txt"
+        with _engine.quiet_stdout(quiet):
+            ok = lib.QuellonRunAnalysis2(os.fsencode(xml), os.fsencode(txt))
+        lib.QuellonCloseAllFiles()
+        if ok != 1:
+            errors = record.errors() or ["the run failed"]
+            raise QuellonError("; ".join(errors), errors)
+        results = read_xml(xml)
+        results.grmat = np.array(record.grmat) if record.grmat else np.zeros((0, 6, 6))
+        results.stiffness = _stiffness_frame(results.grmat)
+        results.messages = list(record.messages)
+        if keep is not None:
+            out = Path(keep)
+            out.mkdir(parents=True, exist_ok=True)
+            shutil.copy(xml, out / xml.name)
+            shutil.copy(txt, out / txt.name)
+            results.xml = out / xml.name
+        return results
+
+
+def _stiffness_frame(grmat: np.ndarray) -> pd.DataFrame:
+    names = ["Kxx_kN_per_m", "Kyy_kN_per_m", "Kzz_kN_per_m",
+             "Krx_kNm_per_rad", "Kry_kNm_per_rad", "Krz_kNm_per_rad"]
+    rows = [dict(increment=i + 1, **{n: float(g[j, j]) for j, n in enumerate(names)})
+            for i, g in enumerate(grmat)]
+    return pd.DataFrame(rows, columns=["increment"] + names)
+
+
+def _num(s: str) -> float:
+    return float(s)
+
+
+_STRESS = {("Normal-Stress", "X"): "x", ("Normal-Stress", "Y"): "y",
+           ("Torsional-Stress", "Z"): "torsion", ("Shear-Stress", ""): "axial",
+           ("Bearing-Pressure", ""): "axial"}
+_LOAD = {("Force", "X"): "Fx_kN", ("Force", "Y"): "Fy_kN", ("Force", "Z"): "N_kN",
+         ("Moment", "X"): "Mx_kNm", ("Moment", "Y"): "My_kNm", ("Moment", "Z"): "T_kNm",
+         ("Displacement", "X"): "ux_m", ("Displacement", "Y"): "uy_m",
+         ("Displacement", "Z"): "uz_m", ("Rotation", "Z"): "twist_rad"}
+_CAP = {("Actions", "Force"): "F{}_kN", ("Actions", "Moment"): "M{}_kNm",
+        ("Effects", "Displacement"): "u{}_mm", ("Effects", "Rotation"): "r{}_mrad"}
+
+
+def read_xml(path: str | os.PathLike) -> Results:
+    """Reads an XML output into `Results` (without `grmat`, which the XML lacks).
+
+    The document is read line by line, as the engine writes it (one element per line,
+    ISO-8859-1): this also takes documents whose report flags leave them not quite
+    well-formed (pile blocks in several increments close the increment element more
+    than once), and names with "<" or "&", which the engine writes as they are.
+    """
+    text = Path(path).read_bytes().decode("latin-1")
+    piles: dict[int, dict] = {}
+    caps: list[dict] = []
+    rows: list[dict] = []
+    section = ""            # Input / Output
+    increments_seen = 0     # <Increment> lines: the first is the running one
+    block = ""              # the open block of the cap or of an input pile
+    pile: dict | None = None
+    element: dict | None = None
+    nonlinear = False
+    for line in text.splitlines():
+        if line.lstrip().startswith(("</Element>", "</Toe>")):
+            element = None
+            continue
+        m = _open.match(line)
+        if not m:
+            continue
+        tag = m.group(1)
+        a = dict(_attr.findall(line))
+        if tag in ("Input", "Output"):
+            section = tag
+            continue
+        if tag == "NonLinear":
+            nonlinear = ">1<" in line
+        if section == "Input":
+            if tag == "Pile" and "number" in a:
+                pile = piles.setdefault(int(a["number"]), {"pile": int(a["number"])})
+            elif tag == "Name" and pile is not None and "name" not in pile:
+                pile["name"] = re.sub(r"^\s*<Name>(.*)</Name>\s*$", r"\1", line)
+            elif pile is not None and "value" in a:
+                pile[tag] = _num(a["value"])
+            if tag == "Layers":
+                pile = None
+            continue
+        if section != "Output":
+            continue
+        if tag == "Increment":
+            increments_seen += 1
+            continue
+        if increments_seen != 1:    # the summary of earlier increments: taken from the cap blocks
+            continue
+        if tag == "Pile-Cap":
+            caps.append({"increment": len(caps) + 1})
+        elif tag in ("Centre-Of-Rotation", "Actions", "Effects"):
+            block = tag
+        elif block and tag in ("Force", "Moment", "Displacement", "Rotation", "Position") and element is None:
+            if block == "Centre-Of-Rotation":
+                caps[-1]["centre_" + a["axis"].lower() + "_m"] = _num(a["value"])
+            else:
+                caps[-1][_CAP[(block, tag)].format(a["axis"].lower())] = _num(a["value"])
+        elif tag == "Piles":
+            block = ""
+        elif tag == "Pile" and "number" in a:
+            pile = {"pile": int(a["number"])}
+        elif tag == "Element" or tag == "Toe":
+            k = int(a["number"]) if tag == "Element" else -1
+            element = {"increment": len(caps), "pile": pile["pile"], "element": k}
+            rows.append(element)
+        elif element is not None and "value" in a:
+            key = (tag, a.get("axis", ""))
+            if key in _STRESS:
+                s = _STRESS[key]
+                element[f"stress_{s}_kPa"] = _num(a["value"])
+                if "limit" in a:
+                    element[f"limit_{s}_kPa"] = _num(a["limit"])
+                    element[f"yield_{s}"] = a.get("yield") == "true"
+            elif key in _LOAD:
+                element[_LOAD[key]] = _num(a["value"])
+            elif tag == "Depth":
+                element["s_top_m"] = _num(a["value"])
+            elif tag == "Length":
+                element["length_m"] = _num(a["value"])
+    return _frames(piles, caps, rows, nonlinear)
+
+
+def _frames(piles: dict, caps: list[dict], rows: list[dict], nonlinear: bool) -> Results:
+    cap_cols = ["increment", "Fx_kN", "Fy_kN", "Fz_kN", "Mx_kNm", "My_kNm", "Mz_kNm",
+                "ux_mm", "uy_mm", "uz_mm", "rx_mrad", "ry_mrad", "rz_mrad", "centre_x_m", "centre_y_m"]
+    cap = pd.DataFrame(caps, columns=cap_cols)
+    info = pd.DataFrame([{
+        "pile": p, "name": d.get("name", ""), "x_m": d.get("XPosition", 0.0), "y_m": d.get("YPosition", 0.0),
+        "z_m": d.get("ZPosition", 0.0), "length_m": d.get("EmbeddedLength", 0.0),
+        "free_standing_m": d.get("FreeStandingLength", 0.0), "shaft_diameter_m": d.get("ExternalDiameter", 0.0),
+        "base_diameter_m": d.get("BaseDiameter", 0.0), "rake_x_deg": d.get("XRake", 0.0),
+        "rake_y_deg": d.get("YRake", 0.0)} for p, d in sorted(piles.items())])
+    prof = pd.DataFrame(rows)
+    if not prof.empty:
+        prof = prof.merge(info[["pile", "name", "length_m", "rake_x_deg", "rake_y_deg"]].rename(
+            columns={"length_m": "pile_length_m"}), on="pile")
+        n = int(prof.element.max())
+        toe = prof.element == -1
+        prof.loc[toe, "element"] = n + 1
+        prof.loc[toe, "length_m"] = 0.0
+        prof["length_m"] = prof["length_m"].fillna(0.0)
+        cosines = np.cos(np.radians(prof.rake_x_deg)) * np.cos(np.radians(prof.rake_y_deg))
+        prof["z_top_m"] = prof.s_top_m * cosines
+        prof["z_mid_m"] = (prof.s_top_m + prof.length_m / 2) * cosines
+        prof = prof.drop(columns=["pile_length_m", "rake_x_deg", "rake_y_deg"])
+        first = ["increment", "pile", "name", "element", "s_top_m", "length_m", "z_top_m", "z_mid_m",
+                 "Fx_kN", "Fy_kN", "N_kN", "Mx_kNm", "My_kNm", "T_kNm", "ux_m", "uy_m", "uz_m", "twist_rad"]
+        rest = sorted(c for c in prof.columns if c not in first)
+        prof = prof[first + rest].sort_values(["increment", "pile", "element"]).reset_index(drop=True)
+        last = prof[(prof.increment == prof.increment.max()) & (prof.element == 0)]
+        heads = last[["pile", "name", "Fx_kN", "Fy_kN", "N_kN", "Mx_kNm", "My_kNm", "T_kNm",
+                      "ux_m", "uy_m", "uz_m", "twist_rad"]].rename(columns={"N_kN": "Fz_kN", "T_kNm": "Mz_kNm"})
+        heads = heads.merge(info[["pile", "x_m", "y_m"]], on="pile")
+        heads = heads[["pile", "name", "x_m", "y_m"] + [c for c in heads.columns
+                                                       if c not in ("pile", "name", "x_m", "y_m")]]
+    else:
+        heads = pd.DataFrame()
+    return Results(cap=cap, stiffness=pd.DataFrame(), grmat=np.zeros((0, 6, 6)), heads=heads.reset_index(drop=True),
+                   profiles=prof, piles=info, nonlinear=nonlinear)
+
+
+__all__ = ["run", "read_xml", "Results", "REPORT_FLAGS", "EVERY_INCREMENT_FLAGS", "QuellonError"]
