@@ -12,8 +12,10 @@
 #include <vector>
 
 #include "console.h"
+#include "model_check.h"
 #include "model_peek.h"
 #include "quellon.h"
+#include "warnings.h"
 #include "xml_scan.h"
 
 namespace {
@@ -27,7 +29,7 @@ constexpr int kExitBadModel = 3;
 
 const char* const kUsage =
     "usage: quellon run MODEL.tmw [options]\n"
-    "       quellon check MODEL.tmw [--log FILE]\n"
+    "       quellon check MODEL.tmw [--log FILE] [--no-warnings]\n"
     "       quellon --help | --version\n"
     "\n"
     "run      reads the model, runs the analysis and writes MODEL.xml, MODEL.txt and\n"
@@ -44,7 +46,11 @@ const char* const kUsage =
     "  --keep-flags    report exactly what the model's flags ask for; by default the\n"
     "                  cap block of every increment (flag 25) and the complete report of\n"
     "                  the last increment (flag 35) are added, which the summary reads\n"
-    "  --quiet         show only warnings, errors and the summary\n";
+    "  --quiet         show only warnings, errors and the summary\n"
+    "\n"
+    "options of run and check:\n"
+    "  --no-warnings   no warnings about the model (misread numbers, values dropped,\n"
+    "                  places where the method misleads); the exit status is the same\n";
 
 // ---- What the engine hands over during a run -------------------------------------
 struct RunRecord {
@@ -166,6 +172,7 @@ std::vector<std::string> ReaderProblems(const std::string& log_path) {
 struct Options {
   std::string command, model, out_dir, xml, txt, log;
   bool no_txt = false, keep_flags = false, quiet = false;
+  bool no_warnings = false;
 };
 
 bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
@@ -193,6 +200,8 @@ bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
       o.keep_flags = true;
     } else if (a == "--quiet" || a == "-q") {
       o.quiet = true;
+    } else if (a == "--no-warnings") {
+      o.no_warnings = true;
     } else if (!a.empty() && a[0] == '-') {
       why = "unknown option " + a;
       return false;
@@ -314,13 +323,27 @@ int Check(Console& c, const Options& o) {
   const std::vector<std::string> problems = ReaderProblems(log);
   if (!temporary.empty()) std::remove(temporary.c_str());
   if (ok == 1) {
+    // ---- the engine's pre-run check and the warnings about the model ----
+    const quellon_cli::ModelReview review = quellon_cli::ReviewModel(o.model);
+    if (!o.no_warnings) quellon_cli::PrintWarnings(c, review.findings.warnings);
+    if (!review.accepted) {
+      quellon_cli::PrintErrors(c, o.model, review.findings.errors);
+      std::fprintf(stderr, "quellon: %s reads, but a run would refuse it\n", o.model.c_str());
+      return kExitBadModel;
+    }
     const quellon_cli::ModelPeek peek = quellon_cli::PeekModel(o.model);
+    const std::size_t warned = o.no_warnings ? 0 : review.findings.warnings.size();
     c.print(o.model + ": the model reads without a problem (" + std::to_string(peek.piles) + " piles, " +
-            std::to_string(peek.elements) + " elements, " + std::to_string(peek.increments) + " increments).");
+            std::to_string(peek.elements) + " elements, " + std::to_string(peek.increments) + " increments)" +
+            (warned > 0 ? ", with " + std::to_string(warned) + " warning" + (warned > 1 ? "s." : ".") : "."));
     return kExitOk;
   }
   for (const std::string& p : problems) c.print(o.model + ":" + std::to_string(line) + ": " + p);
   if (problems.empty()) c.print(o.model + ":" + std::to_string(line) + ": the engine refused the model");
+  // ---- where the read went out of step, and what it noticed before ----
+  const quellon_cli::EngineFindings findings = quellon_cli::TakeEngineFindings(o.model);
+  quellon_cli::PrintErrors(c, o.model, findings.errors);
+  if (!o.no_warnings) quellon_cli::PrintWarnings(c, findings.warnings);
   std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d)\n", o.model.c_str(), line);
   return kExitBadModel;
 }
@@ -352,8 +375,19 @@ int Run(Console& c, const Options& o) {
     const int line = QuellonGetTMWLineNumber();
     QuellonCloseAllFiles();
     for (const std::string& p : ReaderProblems(log)) c.print(o.model + ":" + std::to_string(line) + ": " + p);
+    // ---- where the read went out of step, and what it noticed before ----
+    const quellon_cli::EngineFindings findings = quellon_cli::TakeEngineFindings(o.model);
+    quellon_cli::PrintErrors(c, o.model, findings.errors);
+    if (!o.no_warnings) quellon_cli::PrintWarnings(c, findings.warnings);
     std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d)\n", o.model.c_str(), line);
     return kExitBadModel;
+  }
+  // ---- the warnings about the model, before the run and again in the summary; the
+  // engine's check is silent, so the run's documents are what they are without it ----
+  std::vector<quellon_cli::Warning> warnings;
+  if (!o.no_warnings) {
+    warnings = quellon_cli::ReviewModel(o.model).findings.warnings;
+    quellon_cli::PrintWarnings(c, warnings);
   }
   if (!o.keep_flags && peek.found_flags) {
     int flags[40];
@@ -373,6 +407,7 @@ int Run(Console& c, const Options& o) {
     return kExitRunFailed;
   }
   PrintSummary(c, o, peek, xml);
+  quellon_cli::PrintWarningSummary(c, warnings);  // the warnings, listed again
   c.print("");
   c.print("Outputs: " + xml + (txt.empty() ? "" : ", " + txt) + ", " + log);
   return kExitOk;

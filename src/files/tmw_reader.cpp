@@ -35,11 +35,13 @@ std::string FourDigits(int v) {
 }  // namespace
 
 bool TMWReader::Fail(std::string_view text) {
+  if (failure_.empty()) failure_.assign(text);
   LogLine(e_, text);
   return false;
 }
 
 bool TMWReader::FailAloud(std::string_view text) {
+  if (failure_.empty()) failure_.assign(text);
   std::printf("%.*s\n", static_cast<int>(text.size()), text.data());
   std::fflush(stdout);
   LogLine(e_, text);
@@ -161,6 +163,7 @@ bool TMWReader::Counts() {
   // A fourth number on the line (the cap stiffness) is dropped with the rest of it.
   if (status == 0) status = in_.Values({piles, elements, increments});
   if (status != 0) return FailStatus("Error reading numbers, status:", status);
+  in_.TakeBehind(1);  // the cap stiffness is no surplus value
 
   // The pile count reaches the records with the table (CreatePiles), so that count and
   // table never disagree.
@@ -235,6 +238,8 @@ bool TMWReader::NonLinearSettings() {
     if (behind.empty() || !TMWScanner::ParseReal(behind, p.Nq)) {
       status = in_.Values({p.Nq});
       if (status != 0) return FailStatus("Error reading Nq, status: ", status);
+    } else {
+      in_.TakeBehind(1);  // taken, not dropped
     }
   }
 

@@ -18,10 +18,12 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quellon {
 
 class TextFile;
+struct Diagnostic;
 
 class TMWScanner {
  public:
@@ -50,6 +52,21 @@ class TMWScanner {
   // The text behind the last value of the latest free-form read, on its line.
   std::string_view Rest() const { return std::string_view(line_).substr(pos_); }
 
+  // ---- Findings on the side; they change nothing that the reads give. ----
+  // Where to put them (none while null): numbers written with a comma between digits,
+  // values behind the last one a free-form read takes on its line, a line read as a
+  // heading that holds values.
+  void set_notes(std::vector<Diagnostic>* notes) { notes_ = notes; }
+  // The reader takes count values behind the latest free-form read itself (the cap
+  // stiffness on the counts line, a custom Nq behind its flag): they are not dropped.
+  void TakeBehind(int count);
+  // Reports what the latest free-form read left behind; called when reading ends.
+  void Finish() { NoteDropped(); }
+  // Where the latest read stopped: the line, and the token that was not a number of the
+  // kind asked for (empty when the file ended).
+  long stop_line() const { return stop_line_; }
+  const std::string& bad_token() const { return bad_token_; }
+
   // Column reads on a line that Line() gave: columns from 1, blank-padded.
   static int HexField(std::string_view line, int first, int width, int& out);
   static int IntField(std::string_view line, int first, int width, int& out);
@@ -64,9 +81,17 @@ class TMWScanner {
   // Next token of the current line, reading further lines as needed.
   int NextToken(std::string_view& token);
 
+  void NoteDropped();
+
   TextFile& file_;
   std::string line_;
   std::size_t pos_ = 0;
+  // Side findings: see set_notes.
+  std::vector<Diagnostic>* notes_ = nullptr;
+  long line_number_ = 0;       // the file line that line_ holds
+  bool behind_pending_ = false;  // a free-form read completed on line_
+  long stop_line_ = 0;
+  std::string bad_token_;
 };
 
 }  // namespace quellon
