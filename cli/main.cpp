@@ -342,8 +342,8 @@ int Check(Console& c, const Options& o) {
   if (problems.empty()) c.print(o.model + ":" + std::to_string(line) + ": the engine refused the model");
   // ---- where the read went out of step, and what it noticed before ----
   const quellon_cli::EngineFindings findings = quellon_cli::TakeEngineFindings(o.model);
-  quellon_cli::PrintErrors(c, o.model, findings.errors);
   if (!o.no_warnings) quellon_cli::PrintWarnings(c, findings.warnings);
+  quellon_cli::PrintErrors(c, o.model, findings.errors);
   std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d)\n", o.model.c_str(), line);
   return kExitBadModel;
 }
@@ -377,8 +377,8 @@ int Run(Console& c, const Options& o) {
     for (const std::string& p : ReaderProblems(log)) c.print(o.model + ":" + std::to_string(line) + ": " + p);
     // ---- where the read went out of step, and what it noticed before ----
     const quellon_cli::EngineFindings findings = quellon_cli::TakeEngineFindings(o.model);
-    quellon_cli::PrintErrors(c, o.model, findings.errors);
     if (!o.no_warnings) quellon_cli::PrintWarnings(c, findings.warnings);
+    quellon_cli::PrintErrors(c, o.model, findings.errors);
     std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d)\n", o.model.c_str(), line);
     return kExitBadModel;
   }
