@@ -42,15 +42,17 @@ class CheckScope {
         log_unit_(e.project.LOGUnit),
         delivering_(e.delivering_message),
         error_code_(e.project.ErrorCode),
-        centre_{e.foundation.CentreOfRotationX, e.foundation.CentreOfRotationY},
-        cap_load_inc_(std::move(e.ws.CapLoadInc)) {
+        centre_{e.foundation.CentreOfRotationX, e.foundation.CentreOfRotationY} {
+    // What may throw comes first, before anything of the engine's is taken over.
     for (const Pile& p : e.foundation.PileTable) entries_.push_back({p.SoilEntryX, p.SoilEntryY, p.SoilEntryZ});
+    RealVector loads;
+    loads.resize(6);
     Refusals().clear();
+    std::swap(cap_load_inc_, e.ws.CapLoadInc);
+    std::swap(e.ws.CapLoadInc, loads);
     e.project.MessageCallback = &TakeRefusal;
     e.project.LOGUnit = 0;
     e.delivering_message = false;
-    e.ws.CapLoadInc = RealVector();
-    e.ws.CapLoadInc.resize(6);
   }
   ~CheckScope() {
     e_.project.MessageCallback = callback_;
