@@ -44,10 +44,14 @@ void NoteDecimalCommas(std::vector<Diagnostic>& notes, long line, std::string_vi
       while (start > 0 && !IsBlank(text[start - 1])) --start;
       while (end < text.size() && !IsBlank(text[end])) ++end;
       const std::string token(text.substr(start, end - start));
+      std::string parts;
+      for (std::string_view t : Tokens(token)) {
+        if (!parts.empty()) parts += ", then ";
+        parts.append(t);
+      }
       Add(notes, 1, "decimal-comma", line,
-          "\"" + token + "\" has a comma between digits: the comma separates values, so it is read as " +
-              "more than one number and every value behind it moves to a later field; write the decimal " +
-              "point as \".\"");
+          "\"" + token + "\" has a comma between digits: the comma separates values, so it is read as " + parts +
+              ", and every value behind it moves to a later field; write the decimal point as \".\"");
       i = end;
     } else {
       ++i;
@@ -55,7 +59,7 @@ void NoteDecimalCommas(std::vector<Diagnostic>& notes, long line, std::string_vi
   }
 }
 
-void NoteValuesDropped(std::vector<Diagnostic>& notes, long line, std::string_view rest) {
+void NoteValuesDropped(std::vector<Diagnostic>& notes, long line, std::string_view rest, const std::string& what) {
   const std::vector<std::string_view> tokens = Tokens(rest);
   std::string values;
   int count = 0;
@@ -67,8 +71,9 @@ void NoteValuesDropped(std::vector<Diagnostic>& notes, long line, std::string_vi
   }
   if (count == 0) return;
   Add(notes, 1, "values-dropped", line,
-      "the line holds " + std::to_string(count) + " more value" + (count > 1 ? "s" : "") +
-          " than its read takes; the reader drops \"" + values + "\"");
+      "the line holds " + std::to_string(count) + " more value" + (count > 1 ? "s" : "") + " than " +
+          (what.empty() ? std::string("its read") : "the read of " + what) + " takes; the reader drops \"" + values +
+          "\"");
 }
 
 void NoteValuesInHeading(std::vector<Diagnostic>& notes, long line, std::string_view text) {

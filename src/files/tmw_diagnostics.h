@@ -16,7 +16,8 @@ namespace quellon {
 void NoteDecimalCommas(std::vector<Diagnostic>& notes, long line, std::string_view text);
 // Values behind the last one a free-form read takes on its line: the reader drops them.
 // rest is the text of the line behind that value; text that is not a number is a remark.
-void NoteValuesDropped(std::vector<Diagnostic>& notes, long line, std::string_view rest);
+// what names the read ("the free-standing length"), or is empty.
+void NoteValuesDropped(std::vector<Diagnostic>& notes, long line, std::string_view rest, const std::string& what);
 // A line read as a heading (and dropped unseen) that starts with a number: the file and
 // the reader are out of step there.
 void NoteValuesInHeading(std::vector<Diagnostic>& notes, long line, std::string_view text);

@@ -88,6 +88,7 @@ int TMWScanner::Values(std::initializer_list<Slot> slots) {
     }
   }
   behind_pending_ = true;
+  behind_what_ = reading_;
   return 0;
 }
 
@@ -100,7 +101,7 @@ void TMWScanner::TakeBehind(int count) {
 
 void TMWScanner::NoteDropped() {
   if (behind_pending_ && notes_ != nullptr && pos_ < line_.size())
-    NoteValuesDropped(*notes_, line_number_, std::string_view(line_).substr(pos_));
+    NoteValuesDropped(*notes_, line_number_, std::string_view(line_).substr(pos_), behind_what_);
   behind_pending_ = false;
 }
 

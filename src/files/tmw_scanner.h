@@ -18,6 +18,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quellon {
@@ -57,6 +58,8 @@ class TMWScanner {
   // values behind the last one a free-form read takes on its line, a line read as a
   // heading that holds values.
   void set_notes(std::vector<Diagnostic>* notes) { notes_ = notes; }
+  // What the next free-form reads take, as the findings name it ("the loads").
+  void Reading(std::string what) { reading_ = std::move(what); }
   // The reader takes count values behind the latest free-form read itself (the cap
   // stiffness on the counts line, a custom Nq behind its flag): they are not dropped.
   void TakeBehind(int count);
@@ -90,6 +93,8 @@ class TMWScanner {
   std::vector<Diagnostic>* notes_ = nullptr;
   long line_number_ = 0;       // the file line that line_ holds
   bool behind_pending_ = false;  // a free-form read completed on line_
+  std::string reading_;          // see Reading
+  std::string behind_what_;      // what the completed read took
   long stop_line_ = 0;
   std::string bad_token_;
 };
