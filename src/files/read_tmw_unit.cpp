@@ -26,7 +26,9 @@ int ReadTMWUnit(Engine& e, int unit) {
   TextFile* file = ReadableUnit(e, unit);
   if (file == nullptr) return 0;
   TMWReader r(e, *file);
-  r.scanner().set_notes(&ReadDiagnostics());  // side findings
+  ReadDiagnostics().clear();  // side findings: those of this read only
+  CheckDiagnostics().clear();
+  r.scanner().set_notes(&ReadDiagnostics());
   const bool ok = r.Version() && r.ProjectTexts() && r.Flags() && r.Counts() && r.Piles() &&
                   r.InteractionAndBorehole() && r.Layers() && (!e.project.NonLinear || r.Grounds()) &&
                   (!e.project.NonLinear || r.NonLinearSettings()) && r.Loads();
