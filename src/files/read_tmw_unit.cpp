@@ -35,7 +35,8 @@ int ReadTMWUnit(Engine& e, int unit) {
   // Side findings: what the last read left behind, and where a failed read went wrong.
   r.scanner().Finish();
   if (!ok) {
-    ExplainStoppedRead(ReadDiagnostics(), r.failure(), r.scanner().stop_line(), r.scanner().bad_token(), file->path());
+    ExplainStoppedRead(ReadDiagnostics(), r.failure(), r.scanner().read_failed(), r.scanner().stop_line(),
+                       r.scanner().bad_token(), file->path());
     return 0;
   }
   // Closed, keeping the file; the unit field stays at its number, so that a later close

@@ -44,6 +44,12 @@ void NoteDecimalCommas(std::vector<Diagnostic>& notes, long line, std::string_vi
       while (start > 0 && !IsBlank(text[start - 1])) --start;
       while (end < text.size() && !IsBlank(text[end])) ++end;
       const std::string token(text.substr(start, end - start));
+      // A token that writes its decimals with points ("1,20.,0.9") uses the commas as
+      // separators, as the format allows.
+      if (token.find('.') != std::string::npos) {
+        i = end;
+        continue;
+      }
       std::string parts;
       for (std::string_view t : Tokens(token)) {
         if (!parts.empty()) parts += ", then ";
@@ -158,12 +164,11 @@ void Survey(const std::vector<std::string>& lines, Table& t) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
     if (lines[i].rfind(t.heading, 0) != 0) continue;
     for (std::size_t j = i + 1; j < lines.size() && !IsHeading(lines[j]); ++j) {
+      // A line of values starts with a number; a name line ("P1", "Soft clay") does not.
       const std::vector<std::string_view> tokens = Tokens(lines[j]);
-      bool numeric = !tokens.empty();
-      for (std::string_view tok : tokens) numeric = numeric && IsNumber(tok);
       if (t.first == 0) t.first = static_cast<long>(j + 1);
       t.last = static_cast<long>(j + 1);
-      if (numeric) t.values += static_cast<long>(tokens.size());
+      if (!tokens.empty() && IsNumber(tokens.front())) t.values += static_cast<long>(tokens.size());
     }
     return;
   }
@@ -171,9 +176,10 @@ void Survey(const std::vector<std::string>& lines, Table& t) {
 
 }  // namespace
 
-void ExplainStoppedRead(std::vector<Diagnostic>& notes, std::string_view failure, long stop_line,
-                        std::string_view bad_token, const std::string& path) {
+void ExplainStoppedRead(std::vector<Diagnostic>& notes, std::string_view failure, bool read_failed,
+                        long stop_line, std::string_view bad_token, const std::string& path) {
   for (const Expectation& x : kExpectations) {
+    if (!read_failed) break;
     if (failure.rfind(x.failure, 0) != 0) continue;
     std::string what = x.what;
     if (what.back() == ' ') what += std::string(failure.substr(x.failure.size()));  // the row's position

@@ -22,10 +22,10 @@ void NoteValuesDropped(std::vector<Diagnostic>& notes, long line, std::string_vi
 // the reader are out of step there.
 void NoteValuesInHeading(std::vector<Diagnostic>& notes, long line, std::string_view text);
 
-// After a failed read: what the reader expected where it stopped (from the text of its
-// failure), and, from the headings of the file at path, any table whose rows do not
-// match the count announced for it.
-void ExplainStoppedRead(std::vector<Diagnostic>& notes, std::string_view failure, long stop_line,
-                        std::string_view bad_token, const std::string& path);
+// After a failed read: when a read itself failed (read_failed), what the reader expected
+// where it stopped (from the text of its failure); and, from the headings of the file at
+// path, any table whose rows do not match the count announced for it.
+void ExplainStoppedRead(std::vector<Diagnostic>& notes, std::string_view failure, bool read_failed,
+                        long stop_line, std::string_view bad_token, const std::string& path);
 
 }  // namespace quellon

@@ -41,8 +41,10 @@ int TMWScanner::Text(std::string& out) {
 int TMWScanner::Line(std::string& out) {
   NoteDropped();  // side finding
   pos_ = line_.size();  // whatever the last free-form read left is dropped
+  read_failed_ = false;
   if (!file_.read_line(out)) {
     stop_line_ = file_.lines_read();
+    read_failed_ = true;
     bad_token_.clear();
     return kEndOfFile;
   }
@@ -58,6 +60,7 @@ int TMWScanner::NextToken(std::string_view& token) {
       line_.clear();
       pos_ = 0;
       stop_line_ = file_.lines_read();
+      read_failed_ = true;
       bad_token_.clear();
       return kEndOfFile;
     }
@@ -76,6 +79,7 @@ int TMWScanner::Values(std::initializer_list<Slot> slots) {
   // before is not looked at.
   NoteDropped();  // side finding
   pos_ = line_.size();
+  read_failed_ = false;
   for (const Slot& slot : slots) {
     std::string_view token;
     const int status = NextToken(token);
@@ -84,6 +88,7 @@ int TMWScanner::Values(std::initializer_list<Slot> slots) {
     const bool ok = slot.integer != nullptr ? ParseInteger(token, *slot.integer) : ParseReal(token, *slot.real);
     if (!ok) {
       bad_token_.assign(token);
+      read_failed_ = true;
       return kBadValue;
     }
   }

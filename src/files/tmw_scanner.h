@@ -68,6 +68,9 @@ class TMWScanner {
   // Where the latest read stopped: the line, and the token that was not a number of the
   // kind asked for (empty when the file ended).
   long stop_line() const { return stop_line_; }
+  // Whether the latest read failed (the file ended, or a token was not a number), as
+  // opposed to a value read well that the reader then refused.
+  bool read_failed() const { return read_failed_; }
   const std::string& bad_token() const { return bad_token_; }
 
   // Column reads on a line that Line() gave: columns from 1, blank-padded.
@@ -96,6 +99,7 @@ class TMWScanner {
   std::string reading_;          // see Reading
   std::string behind_what_;      // what the completed read took
   long stop_line_ = 0;
+  bool read_failed_ = false;
   std::string bad_token_;
 };
 
