@@ -119,8 +119,7 @@ void SectionStiffness(const Engine& e, std::vector<Diagnostic>& out) {
     const bool has_lower = pile.ReinforcedLength < pile.Length;
     const bool has_upper = pile.ReinforcedLength > 0.0f || !has_lower;
     std::string text = has_upper ? SectionFinding(pile, has_lower ? "reinforced section" : "section", upper) : "";
-    if (text.empty() && has_lower && pile.ReinforcedLength > 0.0f)
-      text = SectionFinding(pile, "unreinforced section", lower);
+    if (text.empty() && has_lower) text = SectionFinding(pile, has_upper ? "unreinforced section" : "section", lower);
     if (!text.empty()) g.add(p, text);
   }
   g.flush("section-stiffness", out);
