@@ -13,10 +13,13 @@
 
 #include "console.h"
 #include "csv_output.h"
+#include "model_check.h"
 #include "model_peek.h"
+#include "post_run_warnings.h"
 #include "quellon.h"
 #include "result_summary.h"
 #include "run_results.h"
+#include "warnings.h"
 
 namespace {
 
@@ -29,13 +32,14 @@ constexpr int kExitBadModel = 3;
 
 const char* const kUsage =
     "usage: quellon run MODEL.tmw [options]\n"
-    "       quellon check MODEL.tmw [--log FILE]\n"
+    "       quellon check MODEL.tmw [--log FILE] [--no-warnings]\n"
     "       quellon --help | --version\n"
     "\n"
     "run      reads the model, runs the analysis and writes MODEL.xml, MODEL.txt and\n"
     "         MODEL.log beside it, then prints a summary.\n"
-    "check    reads the model only and reports each problem with the line of the file\n"
-    "         where the reader stopped.\n"
+    "check    reads the model and checks it as a run would, without running; reports\n"
+    "         each problem with the line of the file where the reader stopped, and warns\n"
+    "         where numbers are misread or the method misleads on this model.\n"
     "\n"
     "options of run:\n"
     "  --out-dir DIR   write the outputs into DIR (named after the model)\n"
@@ -50,7 +54,11 @@ const char* const kUsage =
     "                  pile at every increment (flags 27, 28 and 31) and the complete\n"
     "                  report of the last increment (flag 35) are added, which the\n"
     "                  summary and the CSV files read\n"
-    "  --quiet         show only warnings, errors and the summary\n";
+    "  --quiet         show only warnings, errors and the summary\n"
+    "\n"
+    "options of run and check:\n"
+    "  --no-warnings   no warnings about the model (misread numbers, values dropped,\n"
+    "                  places where the method misleads); the exit status is the same\n";
 
 // ---- What the engine hands over during a run -------------------------------------
 struct RunRecord {
@@ -172,6 +180,7 @@ std::vector<std::string> ReaderProblems(const std::string& log_path) {
 struct Options {
   std::string command, model, out_dir, xml, txt, log;
   bool no_txt = false, no_csv = false, keep_flags = false, quiet = false;
+  bool no_warnings = false;
 };
 
 bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
@@ -201,6 +210,8 @@ bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
       o.keep_flags = true;
     } else if (a == "--quiet" || a == "-q") {
       o.quiet = true;
+    } else if (a == "--no-warnings") {
+      o.no_warnings = true;
     } else if (!a.empty() && a[0] == '-') {
       why = "unknown option " + a;
       return false;
@@ -309,13 +320,27 @@ int Check(Console& c, const Options& o) {
   const std::vector<std::string> problems = ReaderProblems(log);
   if (!temporary.empty()) std::remove(temporary.c_str());
   if (ok == 1) {
+    // ---- the engine's pre-run check and the warnings about the model ----
+    const quellon_cli::ModelReview review = quellon_cli::ReviewModel(o.model);
+    if (!o.no_warnings) quellon_cli::PrintWarnings(c, review.findings.warnings);
+    if (!review.accepted) {
+      quellon_cli::PrintErrors(c, o.model, review.findings.errors);
+      std::fprintf(stderr, "quellon: %s reads, but a run would refuse it\n", o.model.c_str());
+      return kExitBadModel;
+    }
     const quellon_cli::ModelPeek peek = quellon_cli::PeekModel(o.model);
+    const std::size_t warned = o.no_warnings ? 0 : review.findings.warnings.size();
     c.print(o.model + ": the model reads without a problem (" + std::to_string(peek.piles) + " piles, " +
-            std::to_string(peek.elements) + " elements, " + std::to_string(peek.increments) + " increments).");
+            std::to_string(peek.elements) + " elements, " + std::to_string(peek.increments) + " increments)" +
+            (warned > 0 ? ", with " + std::to_string(warned) + " warning" + (warned > 1 ? "s." : ".") : "."));
     return kExitOk;
   }
   for (const std::string& p : problems) c.print(o.model + ":" + std::to_string(line) + ": " + p);
   if (problems.empty()) c.print(o.model + ":" + std::to_string(line) + ": the engine refused the model");
+  // ---- where the read went out of step, and what it noticed before ----
+  const quellon_cli::EngineFindings findings = quellon_cli::TakeEngineFindings(o.model);
+  if (!o.no_warnings) quellon_cli::PrintWarnings(c, findings.warnings);
+  quellon_cli::PrintErrors(c, o.model, findings.errors);
   std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d)\n", o.model.c_str(), line);
   return kExitBadModel;
 }
@@ -347,8 +372,19 @@ int Run(Console& c, const Options& o) {
     const int line = QuellonGetTMWLineNumber();
     QuellonCloseAllFiles();
     for (const std::string& p : ReaderProblems(log)) c.print(o.model + ":" + std::to_string(line) + ": " + p);
+    // ---- where the read went out of step, and what it noticed before ----
+    const quellon_cli::EngineFindings findings = quellon_cli::TakeEngineFindings(o.model);
+    if (!o.no_warnings) quellon_cli::PrintWarnings(c, findings.warnings);
+    quellon_cli::PrintErrors(c, o.model, findings.errors);
     std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d)\n", o.model.c_str(), line);
     return kExitBadModel;
+  }
+  // ---- the warnings about the model, before the run and again in the summary; the
+  // engine's check is silent, so the run's documents are what they are without it ----
+  std::vector<quellon_cli::Warning> warnings;
+  if (!o.no_warnings) {
+    warnings = quellon_cli::ReviewModel(o.model).findings.warnings;
+    quellon_cli::PrintWarnings(c, warnings);
   }
   if (!o.keep_flags && peek.found_flags) {
     int flags[40];
@@ -369,7 +405,10 @@ int Run(Console& c, const Options& o) {
   const quellon_cli::RunResults results = quellon_cli::ReadRunResults(xml);
   if (!results.ok) c.message(1, "cannot read back the XML output " + xml + ": " + results.problem);
   PrintSummary(c, o, peek, results);
-  quellon_cli::PrintPostRunWarnings(c, results);
+  if (!o.no_warnings && results.ok) {
+    for (quellon_cli::Warning& w : quellon_cli::PostRunWarnings(results)) warnings.push_back(std::move(w));
+  }
+  quellon_cli::PrintWarningSummary(c, warnings);  // the warnings, listed again with those of the run
   std::string outputs = xml + (txt.empty() ? "" : ", " + txt) + ", " + log;
   if (!o.no_csv && results.ok) {
     const quellon_cli::CsvOutcome csv = quellon_cli::WriteResultCsv(results, Stem(xml));

@@ -106,11 +106,11 @@ std::string CapacityWarning(const RunResults& r) {
 
 }  // namespace
 
-std::vector<std::string> PostRunWarnings(const RunResults& r) {
-  std::vector<std::string> out;
+std::vector<Warning> PostRunWarnings(const RunResults& r) {
+  std::vector<Warning> out;
   if (!r.nonlinear) return out;
-  for (const std::string& w : {OvershootWarning(r), CapacityWarning(r)})
-    if (!w.empty()) out.push_back(w);
+  if (std::string w = OvershootWarning(r); !w.empty()) out.push_back({"stress-overshoot", "", w});
+  if (std::string w = CapacityWarning(r); !w.empty()) out.push_back({"group-capacity", "", w});
   return out;
 }
 

@@ -8,13 +8,15 @@
 #include <vector>
 
 #include "run_results.h"
+#include "warnings.h"
 
 namespace quellon_cli {
 
 // Stresses this far above their limit are worth a warning.
 constexpr double kOvershootRatio = 1.10;
 
-// One text per warning; empty for a linear run or one that stayed clear of both pitfalls.
-std::vector<std::string> PostRunWarnings(const RunResults& results);
+// One warning per pitfall met ("stress-overshoot", "group-capacity"); empty for a linear
+// run or one that stayed clear of both.
+std::vector<Warning> PostRunWarnings(const RunResults& results);
 
 }  // namespace quellon_cli

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstdio>
 
-#include "post_run_warnings.h"
 
 namespace quellon_cli {
 
@@ -54,12 +53,4 @@ void PrintPileResults(Console& c, const RunResults& r) {
 }
 
 // The warnings that only the results of a run can give.
-void PrintPostRunWarnings(Console& c, const RunResults& r) {
-  const std::vector<std::string> warnings = PostRunWarnings(r);
-  if (warnings.empty()) return;
-  c.print("");
-  c.print("  Warnings:");
-  for (const std::string& w : warnings) c.print("  - " + w);
-}
-
 }  // namespace quellon_cli

@@ -9,6 +9,5 @@
 namespace quellon_cli {
 
 void PrintPileResults(Console& c, const RunResults& r);
-void PrintPostRunWarnings(Console& c, const RunResults& r);
 
 }  // namespace quellon_cli

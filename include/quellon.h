@@ -235,6 +235,59 @@ QUELLON_API int READTMWFILEDIRECT(const char* path260);
  * went wrong (on success, the lines read in all). */
 QUELLON_API int QuellonGetTMWLineNumber(void);
 
+/* ---------------------------------------------------------------------------------
+ * Model check and findings (beyond the classic interface; opt-in, a run does not
+ * call them and writes exactly what it writes without them).
+ *
+ * QuellonCheckModel: checks the model in hand as a run would before it assembles
+ * anything (counts, numbers that are not finite, hyperbolic constants, layer order and
+ * Poisson's ratios, pile dimensions, rakes and sections in use, the ground where the
+ * piles stand (a pile above the ground surface or above the first layer), the soil
+ * moduli along the piles and at the rigid layer, the strengths a non-linear run uses,
+ * coincident element mid-points and a rigid layer through a load point), without
+ * running and without consuming the model: the records, the LOG and the message
+ * function stay as they were, and nothing is written to any file. Result 1 when a run
+ * would accept the model, 0 when it would refuse it (the reason is a finding of code
+ * "refused"), or when called during a run (refused with an error message). When the
+ * model passes, the check adds its warnings about places where the method misleads:
+ *   short-elements      element length L/n below the shaft diameter (the text gives
+ *                       the largest element count that keeps them at or above it);
+ *   section-stiffness   modulus implied by EA, EIx or EIy over the shaft section (solid,
+ *                       or hollow with the internal diameter) outside 1 to 500 GPa, the
+ *                       shear modulus implied by GJ outside 0.4 to 200 GPa, or the
+ *                       moduli implied by EA and by EI more than a factor 10 apart;
+ *   soil-stiffness      Ev or Eh at mid-layer (5 m below the top of the last layer)
+ *                       outside 1 MPa to 20 GPa;
+ *   close-piles         piles nearer than 2.5 shaft diameters (the larger), centre to
+ *                       centre at ground entry;
+ *   shared-pile-matrix  a pile that the engine takes as alike the pile before it (and
+ *                       so gives that pile's matrix) although its reinforced length or
+ *                       unreinforced section differs;
+ *   cap-torque          a torque about the centre of rotation on a group of two or more
+ *                       piles: the unit twist is a finite rotation of one radian.
+ * Call after the model is set (by the setters or READTMWFILEDIRECT), before the run.
+ * Same thread as every other export.
+ *
+ * QuellonGetDiagnostic: the findings of the last READTMWFILEDIRECT followed by those
+ * of the last QuellonCheckModel (a read clears both lists, a check its own). Result:
+ * the number of findings. With 1 <= index <= that number and a buffer of size bytes
+ * (size > 0), copies finding number index into it, NUL-terminated and cut to size - 1
+ * bytes; otherwise a non-null buffer receives an empty text. A finding reads
+ *   severity TAB code TAB line TAB text
+ * with severity 1 (warning) or 2 (error), a stable short code, the line of the text
+ * model file it concerns (0 when it concerns the model) and a text naming the pile,
+ * layer, element or token. The reader's codes, which change nothing that it reads:
+ *   decimal-comma       a comma between two digits in a line of values ("0,4"): the
+ *                       comma separates values, so one number is read as two;
+ *   values-dropped      a line holds more values than its read takes (the fourth
+ *                       number of the counts line, the cap stiffness, excepted);
+ *   values-in-heading   a line that the reader drops as a heading starts with a number;
+ *   read-stopped        (error) where a failed read stopped and what it expected there;
+ *   count-mismatch      (error, after a failed read) a table of piles, layers or
+ *                       ground rows whose values do not match the count announced. */
+QUELLON_API int QuellonCheckModel(void);
+QUELLON_API int QuellonGetDiagnostic(int index, char* buffer, int size);
+
 QUELLON_API void QuellonCloseTMWFile(void);
 QUELLON_API void QuellonCloseTMKFile(void);
 /* Called during a run (from a callback), the next two close when the run ends. */

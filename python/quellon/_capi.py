@@ -148,6 +148,9 @@ EXPORTS: dict[str, tuple] = {
     "QuellonGetTMWLineNumber": (_I, []),
     "QuellonCloseTMWFile": (None, []),
     "QuellonCloseTMKFile": (None, []),
+    # Model review: the pre-run check and the findings of the last read and check
+    "QuellonCheckModel": (_I, []),
+    "QuellonGetDiagnostic": (_I, [c_int, c_char_p, c_int]),
     "QuellonCloseTXTFile": (None, []),
     "QuellonCloseAllFiles": (None, []),
 }

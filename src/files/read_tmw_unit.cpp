@@ -2,10 +2,12 @@
 #include <string>
 
 #include "engine/capi_guard.h"
+#include "engine/diagnostics.h"
 #include "engine/engine.h"
 #include "engine/fixed_text.h"
 #include "engine/notify.h"
 #include "files/text_model.h"
+#include "files/tmw_diagnostics.h"
 #include "files/tmw_reader.h"
 
 namespace quellon {
@@ -24,10 +26,19 @@ int ReadTMWUnit(Engine& e, int unit) {
   TextFile* file = ReadableUnit(e, unit);
   if (file == nullptr) return 0;
   TMWReader r(e, *file);
+  ReadDiagnostics().clear();  // side findings: those of this read only
+  CheckDiagnostics().clear();
+  r.scanner().set_notes(&ReadDiagnostics());
   const bool ok = r.Version() && r.ProjectTexts() && r.Flags() && r.Counts() && r.Piles() &&
                   r.InteractionAndBorehole() && r.Layers() && (!e.project.NonLinear || r.Grounds()) &&
                   (!e.project.NonLinear || r.NonLinearSettings()) && r.Loads();
-  if (!ok) return 0;
+  // Side findings: what the last read left behind, and where a failed read went wrong.
+  r.scanner().Finish();
+  if (!ok) {
+    ExplainStoppedRead(ReadDiagnostics(), r.failure(), r.scanner().read_failed(), r.scanner().stop_line(),
+                       r.scanner().bad_token(), file->path());
+    return 0;
+  }
   // Closed, keeping the file; the unit field stays at its number, so that a later close
   // finds nothing to close but still resets it.
   file->close();
@@ -41,6 +52,9 @@ int ReadTMWFile(Engine& e, const std::string& path) {
     SendError(e, kBusyText);
     return 0;
   }
+  // A new model: the findings about the one before go.
+  ReadDiagnostics().clear();
+  CheckDiagnostics().clear();
   if (!e.files.tmw.open_for_reading(path)) {
     LogLine(e, "Error opening TMW file: " + path);
     e.project.TMWUnit = 0;

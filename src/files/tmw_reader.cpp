@@ -35,11 +35,13 @@ std::string FourDigits(int v) {
 }  // namespace
 
 bool TMWReader::Fail(std::string_view text) {
+  if (failure_.empty()) failure_.assign(text);
   LogLine(e_, text);
   return false;
 }
 
 bool TMWReader::FailAloud(std::string_view text) {
+  if (failure_.empty()) failure_.assign(text);
   std::printf("%.*s\n", static_cast<int>(text.size()), text.data());
   std::fflush(stdout);
   LogLine(e_, text);
@@ -159,8 +161,10 @@ bool TMWReader::Counts() {
   std::int32_t increments = 0;
   int status = SkipComments(1);
   // A fourth number on the line (the cap stiffness) is dropped with the rest of it.
+  in_.Reading("the counts of piles, elements and increments");  // names the read in side findings
   if (status == 0) status = in_.Values({piles, elements, increments});
   if (status != 0) return FailStatus("Error reading numbers, status:", status);
+  in_.TakeBehind(1);  // the cap stiffness is no surplus value
 
   // The pile count reaches the records with the table (CreatePiles), so that count and
   // table never disagree.
@@ -181,6 +185,7 @@ bool TMWReader::InteractionAndBorehole() {
   Borehole& b = e_.borehole;
 
   int status = SkipComments(1);
+  in_.Reading("the pile interaction flag");  // names the read in side findings
   if (status == 0) status = in_.Values({p.InteractionFlag});
   if (status != 0) return FailStatus("Error reading pile interaction, status: ", status);
   if (p.InteractionFlag < 1 || p.InteractionFlag > 3) {
@@ -189,17 +194,20 @@ bool TMWReader::InteractionAndBorehole() {
 
   if (p.InteractionFlag == 3) {
     status = SkipComments(1);
+    in_.Reading("the pile interaction distance");  // names the read in side findings
     if (status == 0) status = in_.Values({p.InteractionDistance});
     if (status != 0) return FailStatus("Error reading max interaction distance, status: ", status);
   }
 
   status = SkipComments(1);
+  in_.Reading("the depth to the rigid layer");  // names the read in side findings
   if (status == 0) status = in_.Values({b.DepthToRigidLayer});
   if (status != 0) return FailStatus("Error reading borehole depth to rigid layer, status: ", status);
 
   if (p.NonLinear) {
     std::int32_t unloading = 0;
     status = SkipComments(1);
+    in_.Reading("the overburden and the elastic unloading flag");  // names the read in side findings
     if (status == 0) status = in_.Values({b.Overburden, unloading});
     if (status != 0) return FailStatus("Error reading borehole overburden, status: ", status);
     LogLine(e_, "SetProjectElasticUnloadingFlag...");
@@ -209,6 +217,7 @@ bool TMWReader::InteractionAndBorehole() {
 
   std::int32_t layers = 0;
   status = SkipComments(1);
+  in_.Reading("the number of layers and the layer averaging flag");  // names the read in side findings
   if (status == 0) status = in_.Values({layers, b.LayerAveraging});
   if (status != 0) return FailStatus("Error reading borehole number of layers, status: ", status);
   if (b.LayerAveraging != 1 && b.LayerAveraging != 2) {
@@ -224,6 +233,7 @@ bool TMWReader::NonLinearSettings() {
   Project& p = e_.project;
 
   int status = SkipComments(1);
+  in_.Reading("the Nq flag");  // names the read in side findings
   if (status == 0) status = in_.Values({p.AutoNq});
   if (status != 0) return FailStatus("Error reading Nq flag, status: ", status);
   if (p.AutoNq != 1 && p.AutoNq != 2) return Fail("Error in value of Nq flag: " + std::to_string(p.AutoNq));
@@ -233,16 +243,21 @@ bool TMWReader::NonLinearSettings() {
     // remark, and the value is taken from the next line.
     const std::string_view behind = TMWScanner::FirstToken(in_.Rest());
     if (behind.empty() || !TMWScanner::ParseReal(behind, p.Nq)) {
+      in_.Reading("the custom Nq");  // names the read in side findings
       status = in_.Values({p.Nq});
       if (status != 0) return FailStatus("Error reading Nq, status: ", status);
+    } else {
+      in_.TakeBehind(1);  // taken, not dropped
     }
   }
 
   status = SkipComments(1);
+  in_.Reading("the two stress limits");  // names the read in side findings
   if (status == 0) status = in_.Values({p.LimitingShaftFriction, p.LimitingBearingPressure});
   if (status != 0) return FailStatus("Error reading stress limits, status: ", status);
 
   status = SkipComments(1);
+  in_.Reading("the four hyperbolic factors");  // names the read in side findings
   if (status == 0) status = in_.Values({p.Rs, p.Rb, p.Rl, p.Rt});
   if (status != 0) return FailStatus("Error reading hyperbolic factors, status: ", status);
   if (!(p.Rs < 1.0f) || !(p.Rb < 1.0f) || !(p.Rl < 1.0f) || !(p.Rt < 1.0f)) {
@@ -255,10 +270,12 @@ bool TMWReader::NonLinearSettings() {
 bool TMWReader::Loads() {
   Actions& a = e_.actions;
   int status = SkipComments(1);
+  in_.Reading("the free-standing length");  // names the read in side findings
   if (status == 0) status = in_.Values({e_.foundation.FreeStandingLength});
   if (status != 0) return FailStatus("Error reading free standing length, status: ", status);
 
   status = SkipComments(1);
+  in_.Reading("the loads");  // names the read in side findings
   if (status == 0) status = in_.Values({a.Fx, a.Fy, a.Fz, a.Mx, a.My, a.Mz, a.X, a.Y});
   if (status != 0) return FailStatus("Error reading loads: ", status);
 

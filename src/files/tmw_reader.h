@@ -28,6 +28,11 @@ class TMWReader {
   bool NonLinearSettings();    // Nq, stress limits, hyperbolic factors
   bool Loads();                // free-standing length, actions, rake check
 
+  // For the side findings of a read: the scanner, and the text of the failure that
+  // ended the read (empty while none).
+  TMWScanner& scanner() { return in_; }
+  const std::string& failure() const { return failure_; }
+
  private:
   bool Fail(std::string_view text);            // LOG only
   bool FailAloud(std::string_view text);       // standard output, then LOG
@@ -43,6 +48,7 @@ class TMWReader {
   TMWScanner in_;
   int piles_ = 0;
   int layers_ = 0;
+  std::string failure_;
 };
 
 // The text of the message table for the codes a TMW read sets.

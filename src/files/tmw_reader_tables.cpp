@@ -75,6 +75,7 @@ bool TMWReader::Piles() {
     Pile& p = e_.foundation.Piles(i);
     if (in_.Text(name) != 0) return FailPile(i, 281, false);
     p.Name.assign(name);
+    in_.Reading("the values of pile " + std::to_string(i));  // names the read in side findings
     const int status = in_.Values({p.Number, p.Length, p.ShaftDiameter, p.InternalDiameter, p.BaseDiameter, p.RakeX,
                                    p.RakeY, p.X, p.Y, p.Z, p.EA, p.EIx, p.EIy, p.GJ, p.ReinforcedLength,
                                    p.UnreinforcedEA, p.UnreinforcedEIx, p.UnreinforcedEIy, p.UnreinforcedGJ});
@@ -133,6 +134,7 @@ bool TMWReader::Layers() {
     Layer& l = e_.borehole.Layers(i);
     if (in_.Text(name) != 0) return FailLayer(i, 279, false);
     l.Name.assign(name);
+    in_.Reading("the values of layer " + std::to_string(i));  // names the read in side findings
     if (in_.Values({l.DepthToTop, l.Ev, l.dEv, l.Eh, l.dEh, l.Poisson}) != 0) return FailLayer(i, 279, false);
     if (l.Ev <= 0.0f && l.dEv <= 0.0f) return FailLayer(i, 305, true);
     if (l.Eh <= 0.0f && l.dEh <= 0.0f) return FailLayer(i, 306, true);
@@ -150,6 +152,7 @@ bool TMWReader::Grounds() {
     if (in_.Text(name) != 0) return FailGround(i, 280, false);
     l.GroundName.assign(name);
     float v[6] = {};
+    in_.Reading("the ground values of layer " + std::to_string(i));  // names the read in side findings
     if (in_.Values({l.GroundType, l.WeightDensity, l.MaxSkinFriction, l.MaxBearingPressure, v[0], v[1], v[2], v[3],
                     v[4], v[5]}) != 0) {
       return FailGround(i, 280, false);

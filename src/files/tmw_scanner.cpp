@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "files/text_file.h"
+#include "files/tmw_diagnostics.h"
 
 namespace quellon {
 
@@ -26,7 +27,9 @@ std::string Squeezed(std::string_view line, int first, int width) {
 
 int TMWScanner::Skip() {
   std::string ignored;
-  return Line(ignored);
+  const int status = Line(ignored);
+  if (status == 0 && notes_ != nullptr) NoteValuesInHeading(*notes_, file_.lines_read(), ignored);  // side finding
+  return status;
 }
 
 int TMWScanner::Text(std::string& out) {
@@ -36,8 +39,16 @@ int TMWScanner::Text(std::string& out) {
 }
 
 int TMWScanner::Line(std::string& out) {
+  NoteDropped();  // side finding
   pos_ = line_.size();  // whatever the last free-form read left is dropped
-  if (!file_.read_line(out)) return kEndOfFile;
+  read_failed_ = false;
+  if (!file_.read_line(out)) {
+    stop_line_ = file_.lines_read();
+    read_failed_ = true;
+    bad_token_.clear();
+    return kEndOfFile;
+  }
+  stop_line_ = file_.lines_read();
   return 0;
 }
 
@@ -48,9 +59,14 @@ int TMWScanner::NextToken(std::string_view& token) {
     if (!file_.read_line(line_)) {
       line_.clear();
       pos_ = 0;
+      stop_line_ = file_.lines_read();
+      read_failed_ = true;
+      bad_token_.clear();
       return kEndOfFile;
     }
     pos_ = 0;
+    line_number_ = file_.lines_read();
+    if (notes_ != nullptr) NoteDecimalCommas(*notes_, line_number_, line_);  // side finding
   }
   const std::size_t start = pos_;
   while (pos_ < line_.size() && !IsSeparator(line_[pos_])) ++pos_;
@@ -61,15 +77,37 @@ int TMWScanner::NextToken(std::string_view& token) {
 int TMWScanner::Values(std::initializer_list<Slot> slots) {
   // A free-form read starts on a fresh line: what stood behind the values of the read
   // before is not looked at.
+  NoteDropped();  // side finding
   pos_ = line_.size();
+  read_failed_ = false;
   for (const Slot& slot : slots) {
     std::string_view token;
     const int status = NextToken(token);
     if (status != 0) return status;
+    stop_line_ = line_number_;
     const bool ok = slot.integer != nullptr ? ParseInteger(token, *slot.integer) : ParseReal(token, *slot.real);
-    if (!ok) return kBadValue;
+    if (!ok) {
+      bad_token_.assign(token);
+      read_failed_ = true;
+      return kBadValue;
+    }
   }
+  behind_pending_ = true;
+  behind_what_ = reading_;
   return 0;
+}
+
+void TMWScanner::TakeBehind(int count) {
+  for (int i = 0; i < count; ++i) {
+    while (pos_ < line_.size() && IsSeparator(line_[pos_])) ++pos_;
+    while (pos_ < line_.size() && !IsSeparator(line_[pos_])) ++pos_;
+  }
+}
+
+void TMWScanner::NoteDropped() {
+  if (behind_pending_ && notes_ != nullptr && pos_ < line_.size())
+    NoteValuesDropped(*notes_, line_number_, std::string_view(line_).substr(pos_), behind_what_);
+  behind_pending_ = false;
 }
 
 bool TMWScanner::ParseInteger(std::string_view token, std::int32_t& out) {

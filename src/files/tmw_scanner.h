@@ -18,10 +18,13 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace quellon {
 
 class TextFile;
+struct Diagnostic;
 
 class TMWScanner {
  public:
@@ -50,6 +53,26 @@ class TMWScanner {
   // The text behind the last value of the latest free-form read, on its line.
   std::string_view Rest() const { return std::string_view(line_).substr(pos_); }
 
+  // ---- Findings on the side; they change nothing that the reads give. ----
+  // Where to put them (none while null): numbers written with a comma between digits,
+  // values behind the last one a free-form read takes on its line, a line read as a
+  // heading that holds values.
+  void set_notes(std::vector<Diagnostic>* notes) { notes_ = notes; }
+  // What the next free-form reads take, as the findings name it ("the loads").
+  void Reading(std::string what) { reading_ = std::move(what); }
+  // The reader takes count values behind the latest free-form read itself (the cap
+  // stiffness on the counts line, a custom Nq behind its flag): they are not dropped.
+  void TakeBehind(int count);
+  // Reports what the latest free-form read left behind; called when reading ends.
+  void Finish() { NoteDropped(); }
+  // Where the latest read stopped: the line, and the token that was not a number of the
+  // kind asked for (empty when the file ended).
+  long stop_line() const { return stop_line_; }
+  // Whether the latest read failed (the file ended, or a token was not a number), as
+  // opposed to a value read well that the reader then refused.
+  bool read_failed() const { return read_failed_; }
+  const std::string& bad_token() const { return bad_token_; }
+
   // Column reads on a line that Line() gave: columns from 1, blank-padded.
   static int HexField(std::string_view line, int first, int width, int& out);
   static int IntField(std::string_view line, int first, int width, int& out);
@@ -64,9 +87,20 @@ class TMWScanner {
   // Next token of the current line, reading further lines as needed.
   int NextToken(std::string_view& token);
 
+  void NoteDropped();
+
   TextFile& file_;
   std::string line_;
   std::size_t pos_ = 0;
+  // Side findings: see set_notes.
+  std::vector<Diagnostic>* notes_ = nullptr;
+  long line_number_ = 0;       // the file line that line_ holds
+  bool behind_pending_ = false;  // a free-form read completed on line_
+  std::string reading_;          // see Reading
+  std::string behind_what_;      // what the completed read took
+  long stop_line_ = 0;
+  bool read_failed_ = false;
+  std::string bad_token_;
 };
 
 }  // namespace quellon
