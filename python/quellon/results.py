@@ -13,7 +13,8 @@ The other flags stay as the model has them.
 
 Axes are the engine's external axes: X and Y horizontal, Z positive downward, so a
 compressive axial force and a settlement are positive. Moments Mx, My, Mz act about X,
-Y and Z. Units are in the column names.
+Y and Z. The pile heads and profiles are in each pile's own axes, Z along the pile,
+which are the external axes for a pile without rake. Units are in the column names.
 """
 from __future__ import annotations
 
@@ -52,15 +53,16 @@ class Results:
     profiles: one row per pile, element and increment: increment, pile, name, element
         (0 the free-standing part above ground, 1..n the shaft elements from the head,
         n + 1 the toe), s_top_m (distance along the pile from the soil entry point to
-        the top of the element, where its loads act; -free-standing length for element
-        0; the pile length for the toe), length_m, z_top_m and z_mid_m (depth below
-        ground of the top and of the mid-point, along-pile distance times the cosines of
-        both rakes), the loads at the top of the element Fx_kN, Fy_kN (shears), N_kN
-        (axial force), Mx_kNm, My_kNm (bending moments), T_kNm (torque), the movements
-        ux_m, uy_m, uz_m, twist_rad, the soil stresses on the element
-        stress_x_kPa, stress_y_kPa (normal, transverse), stress_torsion_kPa and
-        stress_axial_kPa (shaft shear stress, or the bearing pressure at the toe), and
-        in a non-linear run their limits (limit_*_kPa) and yield states (yield_*).
+        the top of the element, where its loads act; for element 0 minus the length of
+        the free-standing part along the pile; the pile length for the toe), length_m,
+        z_top_m and z_mid_m (depth below ground of the top and of the mid-point,
+        along-pile distance times the cosines of both rakes), the loads at the top of
+        the element Fx_kN, Fy_kN (shears), N_kN (axial force), Mx_kNm, My_kNm (bending
+        moments), T_kNm (torque), the movements ux_m, uy_m, uz_m, twist_rad, the soil
+        stresses on the element stress_x_kPa, stress_y_kPa (normal, transverse),
+        stress_torsion_kPa and stress_axial_kPa (shaft shear stress, or the bearing
+        pressure at the toe), and in a non-linear run their limits (limit_*_kPa) and
+        yield states (yield_*).
     messages: (severity, text) of the engine's messages during the run; severity 0
         info, 1 warning, 2 error, 3 critical. An orderly stop at the axial capacity of
         the group comes as an error message with a successful run.
@@ -298,6 +300,11 @@ def _frames(piles: dict, caps: list[dict], rows: list[dict], nonlinear: bool) ->
         prof.loc[toe, "length_m"] = 0.0
         prof["length_m"] = prof["length_m"].fillna(0.0)
         cosines = np.cos(np.radians(prof.rake_x_deg)) * np.cos(np.radians(prof.rake_y_deg))
+        # The document gives the free-standing part its vertical height; along a raked
+        # pile it is longer.
+        head = prof.element == 0
+        prof.loc[head, "s_top_m"] = prof.s_top_m[head] / cosines[head]
+        prof.loc[head, "length_m"] = prof.length_m[head] / cosines[head]
         prof["z_top_m"] = prof.s_top_m * cosines
         prof["z_mid_m"] = (prof.s_top_m + prof.length_m / 2) * cosines
         prof = prof.drop(columns=["pile_length_m", "rake_x_deg", "rake_y_deg"])
