@@ -194,9 +194,9 @@ def read_xml(path: str | os.PathLike) -> Results:
     increment that asked for them, in order: with the cap block (flag 25) or the pile
     blocks (27, 28 and 31) set from the start, one block per increment run; otherwise the
     complete report of the last increment alone, which belongs to the element's number.
-    The elements after it summarise the earlier increments, whose cap loads and
-    movements the cap blocks already hold. The document is read as a stream, one block at
-    a time, so a large run needs no tree of its own size.
+    The elements after it summarise the earlier increments: cap loads and movements,
+    taken where the run's element has no cap block for them. The document is read as a
+    stream, one block at a time, so a large run needs no tree of its own size.
     """
     piles: dict[int, dict] = {}
     caps: list[dict] = []
@@ -237,8 +237,14 @@ def read_xml(path: str | os.PathLike) -> Results:
                 number = int(p.get("number"))
                 rows.extend(_element_row(e, increment, number) for e in p if e.tag in ("Element", "Toe"))
             el.clear()
-        elif len(where) == 2 and where[0] == "Output":
-            el.clear()      # the summary of an earlier increment
+        elif where == ["Output", "Increment"] and runs > 1:
+            # The summary of an earlier increment: its cap loads and movement, where the
+            # run's element lacks them.
+            number, cap = int(el.get("number")), el.find("Pile-Cap")
+            if cap is not None and all(c["increment"] != number for c in caps):
+                caps.append(_cap_row(cap, number))
+            el.clear()
+    caps.sort(key=lambda c: c["increment"])
     return _frames(piles, caps, rows, nonlinear)
 
 
