@@ -13,14 +13,15 @@ The other flags stay as the model has them.
 
 Axes are the engine's external axes: X and Y horizontal, Z positive downward, so a
 compressive axial force and a settlement are positive. Moments Mx, My, Mz act about X,
-Y and Z. Units are in the column names.
+Y and Z. The pile heads and profiles are in each pile's own axes, Z along the pile,
+which are the external axes for a pile without rake. Units are in the column names.
 """
 from __future__ import annotations
 
 import ctypes
 import os
-import re
 import shutil
+import xml.etree.ElementTree as ET
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -32,10 +33,6 @@ from .model import Model, QuellonError
 
 REPORT_FLAGS = (25, 35)
 EVERY_INCREMENT_FLAGS = (27, 28, 31)
-
-_attr = re.compile(r'([\w:-]+)\s*=\s*"([^"]*)"')
-_open = re.compile(r"^\s*<([\w-]+)")
-
 
 @dataclass
 class Results:
@@ -56,15 +53,16 @@ class Results:
     profiles: one row per pile, element and increment: increment, pile, name, element
         (0 the free-standing part above ground, 1..n the shaft elements from the head,
         n + 1 the toe), s_top_m (distance along the pile from the soil entry point to
-        the top of the element, where its loads act; -free-standing length for element
-        0; the pile length for the toe), length_m, z_top_m and z_mid_m (depth below
-        ground of the top and of the mid-point, along-pile distance times the cosines of
-        both rakes), the loads at the top of the element Fx_kN, Fy_kN (shears), N_kN
-        (axial force), Mx_kNm, My_kNm (bending moments), T_kNm (torque), the movements
-        ux_m, uy_m, uz_m, twist_rad, the soil stresses on the element
-        stress_x_kPa, stress_y_kPa (normal, transverse), stress_torsion_kPa and
-        stress_axial_kPa (shaft shear stress, or the bearing pressure at the toe), and
-        in a non-linear run their limits (limit_*_kPa) and yield states (yield_*).
+        the top of the element, where its loads act; for element 0 minus the length of
+        the free-standing part along the pile; the pile length for the toe), length_m,
+        z_top_m and z_mid_m (depth below ground of the top and of the mid-point,
+        along-pile distance times the cosines of both rakes), the loads at the top of
+        the element Fx_kN, Fy_kN (shears), N_kN (axial force), Mx_kNm, My_kNm (bending
+        moments), T_kNm (torque), the movements ux_m, uy_m, uz_m, twist_rad, the soil
+        stresses on the element stress_x_kPa, stress_y_kPa (normal, transverse),
+        stress_torsion_kPa and stress_axial_kPa (shaft shear stress, or the bearing
+        pressure at the toe), and in a non-linear run their limits (limit_*_kPa) and
+        yield states (yield_*).
     messages: (severity, text) of the engine's messages during the run; severity 0
         info, 1 warning, 2 error, 3 critical. An orderly stop at the axial capacity of
         the group comes as an error message with a successful run.
@@ -173,10 +171,6 @@ def _stiffness_frame(grmat: np.ndarray) -> pd.DataFrame:
     return pd.DataFrame(rows, columns=["increment"] + names)
 
 
-def _num(s: str) -> float:
-    return float(s)
-
-
 _STRESS = {("Normal-Stress", "X"): "x", ("Normal-Stress", "Y"): "y",
            ("Torsional-Stress", "Z"): "torsion", ("Shear-Stress", ""): "axial",
            ("Bearing-Pressure", ""): "axial"}
@@ -191,84 +185,105 @@ _CAP = {("Actions", "Force"): "F{}_kN", ("Actions", "Moment"): "M{}_kNm",
 def read_xml(path: str | os.PathLike) -> Results:
     """Reads an XML output into `Results` (without `grmat`, which the XML lacks).
 
-    The document is read line by line, as the engine writes it (one element per line,
-    ISO-8859-1): this also takes documents whose report flags leave them not quite
-    well-formed (pile blocks in several increments close the increment element more
-    than once), and names with "<" or "&", which the engine writes as they are.
+    The document is parsed as XML, so its layout in lines does not matter and names
+    written in CDATA sections (those holding "<" or "&") come back as they were set. A
+    document that is not well-formed, such as the unterminated one of a failed run,
+    raises `xml.etree.ElementTree.ParseError`.
+
+    The run's own increment element, the first of the output, holds the blocks of every
+    increment that asked for them, in order: with the cap block (flag 25) or the pile
+    blocks (27, 28 and 31) set from the start, one block per increment run; otherwise the
+    complete report of the last increment alone, which belongs to the element's number.
+    The elements after it summarise the earlier increments: cap loads and movements,
+    taken where the run's element has no cap block for them. The document is read as a
+    stream, one block at a time, so a large run needs no tree of its own size.
     """
-    text = Path(path).read_bytes().decode("latin-1")
     piles: dict[int, dict] = {}
     caps: list[dict] = []
     rows: list[dict] = []
-    section = ""            # Input / Output
-    increments_seen = 0     # <Increment> lines: the first is the running one
-    block = ""              # the open block of the cap or of an input pile
-    pile: dict | None = None
-    element: dict | None = None
     nonlinear = False
-    for line in text.splitlines():
-        if line.lstrip().startswith(("</Element>", "</Toe>")):
-            element = None
+    flags = ""
+    own = 0                 # the number of the run's increment element
+    runs = 0                # increment elements of the output: the first is the run's
+    blocks = 0              # pile blocks read
+    stack: list[str] = []
+    for event, el in ET.iterparse(path, events=("start", "end")):
+        if event == "start":
+            stack.append(el.tag)
+            if stack == ["Tolmark", "Output", "Increment"]:
+                runs += 1
+                if runs == 1:
+                    own = int(el.get("number"))
+            elif stack[0] != "Tolmark":
+                raise ValueError(f"{path}: not an output of the engine (root element {stack[0]})")
             continue
-        m = _open.match(line)
-        if not m:
-            continue
-        tag = m.group(1)
-        a = dict(_attr.findall(line))
-        if tag in ("Input", "Output"):
-            section = tag
-            continue
-        if tag == "NonLinear":
-            nonlinear = ">1<" in line
-        if section == "Input":
-            if tag == "Pile" and "number" in a:
-                pile = piles.setdefault(int(a["number"]), {"pile": int(a["number"])})
-            elif tag == "Name" and pile is not None and "name" not in pile:
-                pile["name"] = re.sub(r"^\s*<Name>(.*)</Name>\s*$", r"\1", line)
-            elif pile is not None and "value" in a:
-                pile[tag] = _num(a["value"])
-            if tag == "Layers":
-                pile = None
-            continue
-        if section != "Output":
-            continue
-        if tag == "Increment":
-            increments_seen += 1
-            continue
-        if increments_seen != 1:    # the summary of earlier increments: taken from the cap blocks
-            continue
-        if tag == "Pile-Cap":
-            caps.append({"increment": len(caps) + 1})
-        elif tag in ("Centre-Of-Rotation", "Actions", "Effects"):
-            block = tag
-        elif block and tag in ("Force", "Moment", "Displacement", "Rotation", "Position") and element is None:
-            if block == "Centre-Of-Rotation":
-                caps[-1]["centre_" + a["axis"].lower() + "_m"] = _num(a["value"])
-            else:
-                caps[-1][_CAP[(block, tag)].format(a["axis"].lower())] = _num(a["value"])
-        elif tag == "Piles":
-            block = ""
-        elif tag == "Pile" and "number" in a:
-            pile = {"pile": int(a["number"])}
-        elif tag == "Element" or tag == "Toe":
-            k = int(a["number"]) if tag == "Element" else -1
-            element = {"increment": len(caps), "pile": pile["pile"], "element": k}
-            rows.append(element)
-        elif element is not None and "value" in a:
-            key = (tag, a.get("axis", ""))
-            if key in _STRESS:
-                s = _STRESS[key]
-                element[f"stress_{s}_kPa"] = _num(a["value"])
-                if "limit" in a:
-                    element[f"limit_{s}_kPa"] = _num(a["limit"])
-                    element[f"yield_{s}"] = a.get("yield") == "true"
-            elif key in _LOAD:
-                element[_LOAD[key]] = _num(a["value"])
-            elif tag == "Depth":
-                element["s_top_m"] = _num(a["value"])
-            elif tag == "Length":
-                element["length_m"] = _num(a["value"])
+        where = stack[1:]
+        stack.pop()
+        if where == ["Input"]:
+            nonlinear = (el.findtext("NonLinear") or "").strip() == "1"
+            flags = (el.findtext("Flags") or "").strip()
+            for p in el.iterfind("Piles/Pile"):
+                d = {c.tag: float(c.get("value")) for c in p if "value" in c.attrib}
+                d["name"] = p.findtext("Name", "")
+                piles[int(p.get("number"))] = d
+            el.clear()
+        elif runs == 1 and where == ["Output", "Increment", "Pile-Cap"]:
+            caps.append(_cap_row(el, len(caps) + 1 if _flag(flags, 25) else own))
+            el.clear()
+        elif runs == 1 and where == ["Output", "Increment", "Piles"]:
+            blocks += 1
+            increment = blocks if all(_flag(flags, f) for f in EVERY_INCREMENT_FLAGS) else own
+            for p in el.iterfind("Pile"):
+                number = int(p.get("number"))
+                rows.extend(_element_row(e, increment, number) for e in p if e.tag in ("Element", "Toe"))
+            el.clear()
+        elif where == ["Output", "Increment"] and runs > 1:
+            # The summary of an earlier increment: its cap loads and movement, where the
+            # run's element lacks them.
+            number, cap = int(el.get("number")), el.find("Pile-Cap")
+            if cap is not None and all(c["increment"] != number for c in caps):
+                caps.append(_cap_row(cap, number))
+            el.clear()
+    caps.sort(key=lambda c: c["increment"])
     return _frames(piles, caps, rows, nonlinear)
+
+
+def _flag(flags: str, i: int) -> bool:
+    return len(flags) >= i and flags[i - 1] == "1"
+
+
+def _cap_row(cap: ET.Element, increment: int) -> dict:
+    row: dict = {"increment": increment}
+    for block in cap:
+        for c in block:
+            axis = c.get("axis", "").lower()
+            if block.tag == "Centre-Of-Rotation":
+                row[f"centre_{axis}_m"] = float(c.get("value"))
+            elif (block.tag, c.tag) in _CAP:
+                row[_CAP[(block.tag, c.tag)].format(axis)] = float(c.get("value"))
+    return row
+
+
+def _element_row(el: ET.Element, increment: int, pile: int) -> dict:
+    row: dict = {"increment": increment, "pile": pile,
+                 "element": int(el.get("number")) if el.tag == "Element" else -1}
+    for c in el:
+        if "value" not in c.attrib:
+            continue
+        key, value = (c.tag, c.get("axis", "")), float(c.get("value"))
+        if key in _STRESS:
+            s = _STRESS[key]
+            row[f"stress_{s}_kPa"] = value
+            if "limit" in c.attrib:
+                row[f"limit_{s}_kPa"] = float(c.get("limit"))
+                row[f"yield_{s}"] = c.get("yield") == "true"
+        elif key in _LOAD:
+            row[_LOAD[key]] = value
+        elif c.tag == "Depth":
+            row["s_top_m"] = value
+        elif c.tag == "Length":
+            row["length_m"] = value
+    return row
 
 
 def _frames(piles: dict, caps: list[dict], rows: list[dict], nonlinear: bool) -> Results:
@@ -291,6 +306,11 @@ def _frames(piles: dict, caps: list[dict], rows: list[dict], nonlinear: bool) ->
         prof.loc[toe, "length_m"] = 0.0
         prof["length_m"] = prof["length_m"].fillna(0.0)
         cosines = np.cos(np.radians(prof.rake_x_deg)) * np.cos(np.radians(prof.rake_y_deg))
+        # The document gives the free-standing part its vertical height; along a raked
+        # pile it is longer.
+        head = prof.element == 0
+        prof.loc[head, "s_top_m"] = prof.s_top_m[head] / cosines[head]
+        prof.loc[head, "length_m"] = prof.length_m[head] / cosines[head]
         prof["z_top_m"] = prof.s_top_m * cosines
         prof["z_mid_m"] = (prof.s_top_m + prof.length_m / 2) * cosines
         prof = prof.drop(columns=["pile_length_m", "rake_x_deg", "rake_y_deg"])

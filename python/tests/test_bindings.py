@@ -1,4 +1,7 @@
+import ctypes
 import re
+
+import pytest
 
 from conftest import REPO
 from quellon import _capi
@@ -25,16 +28,6 @@ def test_every_export_of_the_header_is_bound_with_its_arity():
     assert lib.QuellonGetVersion() == 803
 
 
-def test_padded_paths_are_260_blank_padded_characters():
-    assert _capi.padded260("/tmp/a.tmw") == b"/tmp/a.tmw" + b" " * 250 + b"\0"
-    for bad in ("x" * 261, "/tmp/ends in blank "):
-        try:
-            _capi.padded260(bad)
-        except ValueError:
-            continue
-        raise AssertionError(f"accepted {bad!r}")
-
-
 def test_direct_entries_take_plain_paths_and_leave_the_package_working(tmp_path, run_example):
     import numpy as np
 
@@ -48,3 +41,7 @@ def test_direct_entries_take_plain_paths_and_leave_the_package_working(tmp_path,
     assert lib.QuellonGetBoreholeNumberOfLayers() == 0       # a run consumes the model
     raw = quellon.read_xml(tmp_path / "raw.xml")
     assert np.array_equal(raw.cap.uz_mm, run_example("single_bored_pile_clay").cap.uz_mm)
+    # What a padded field cannot carry whole is refused rather than cut.
+    for bad in ("x" * 261, "/tmp/ends in blank "):
+        with pytest.raises(ctypes.ArgumentError, match="ValueError"):
+            lib.READTMWFILEDIRECT(bad)
