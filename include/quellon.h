@@ -30,6 +30,16 @@
  * A message that arises while the message function itself is running (from a call it
  * makes into the engine) goes to the LOG only, never to the message function again.
  *
+ * Paths. The entries that take a NUL-terminated path (QuellonRunAnalysis1 and 2,
+ * QuellonCreateLOGFile, QuellonCreateTMKFile) take at most 260 characters, trailing
+ * blanks not counted. A longer path is refused with result 0 before anything is opened,
+ * closed or reset (an open LOG, TMK, XML or TXT file stays as it was, and so does the
+ * model), and the error message "Path too long (N characters, at most 260): " with the
+ * path goes to the message function and, like every message, to the LOG if one is open.
+ * A TXT path too long refuses the whole run. The DIRECT entries take a 260-character
+ * blank-padded field, which holds what it holds: a path that fills all 260 characters
+ * is taken as it stands.
+ *
  * Units: m, kN, kNm, kPa, kN/m^3, degrees. Section stiffnesses are passed in MN and
  * MNm^2 and held in kN and kNm^2. X and Y are horizontal, Z is positive downward.
  *
