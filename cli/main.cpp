@@ -445,12 +445,12 @@ int Run(Console& c, const Options& o) {
     std::fprintf(stderr, "quellon: the analysis failed; %s\n", FailedRunNote(final_paths).c_str());
     return kExitRunFailed;
   }
-  PrintSummary(c, o, peek, xml);
   const std::string moved = quellon_cli::CommitOutputs(final_paths);
   if (!moved.empty()) {
     std::fprintf(stderr, "quellon: %s\n", moved.c_str());
     return kExitRunFailed;
   }
+  PrintSummary(c, o, peek, final_paths.xml);
   c.print("");
   c.print("Outputs: " + final_paths.xml + (final_paths.txt.empty() ? "" : ", " + final_paths.txt) + ", " +
           final_paths.log);
