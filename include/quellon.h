@@ -211,8 +211,9 @@ QUELLON_API int QuellonSetWindowMessageObserver(QuellonWindowMessageFn fn);
 /* ---------------------------------------------------------------------------------
  * Run. The XML output is required; the TXT report is optional. Result 1 means that the
  * increments ended in an orderly way (including the stop at the axial capacity of the
- * group, which is reported as an error message); 0 that a file could not be opened or
- * the workspace could not be created, or that the run was refused or ended as a failure:
+ * group, which is reported as an error message); 0 that a path was too long (see Paths
+ * above), that a file could not be opened or the workspace could not be created, or
+ * that the run was refused or ended as a failure:
  * a model whose numerics would be undefined (no piles, a modulus of 0 or less where a
  * pile reaches, a value that is not a finite number, ...) is refused before anything
  * is assembled, and a result that is not a finite number ends the run; in both cases
