@@ -1,7 +1,6 @@
 // quellon: the command-line host of QuellonEngine. It uses the engine only through its
 // C API, as any host application does: it reads a text model file, runs the analysis,
 // shows the engine's messages and progress, and prints a summary an engineer reads first.
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -15,6 +14,7 @@
 #include "csv_output.h"
 #include "model_check.h"
 #include "model_peek.h"
+#include "output_paths.h"
 #include "post_run_warnings.h"
 #include "quellon.h"
 #include "result_summary.h"
@@ -58,7 +58,23 @@ const char* const kUsage =
     "\n"
     "options of run and check:\n"
     "  --no-warnings   no warnings about the model (misread numbers, values dropped,\n"
-    "                  places where the method misleads); the exit status is the same\n";
+    "                  places where the method misleads); the exit status is the same\n"
+    "\n"
+    "The outputs are written as FILE.part and moved into place when the run has\n"
+    "produced them. A failed run leaves earlier outputs as they were and keeps its\n"
+    "LOG as MODEL.failed.log (the LOG's name with .failed before its extension).\n"
+    "\n"
+    "exit status:\n"
+    "  0  success (a run that stops at the axial capacity of the group succeeds)\n"
+    "  1  the analysis failed, or its outputs could not be moved into place\n"
+    "  2  the command line cannot be carried out: bad arguments, an output that\n"
+    "     names the model or another output, a path longer than the engine's 260\n"
+    "     characters, an output folder that does not exist or cannot be created\n"
+    "  3  the model file cannot be read or is not a valid model\n"
+    "\n"
+    "units: m, kN, kNm, kPa, kN/m^3 and degrees in the model file and the outputs;\n"
+    "section stiffnesses EA, EI, GJ in MN and MNm^2 in the model file; Z and depths\n"
+    "positive downward. The summary shows movements in mm and rotations in mrad.\n";
 
 // ---- What the engine hands over during a run -------------------------------------
 struct RunRecord {
@@ -75,7 +91,7 @@ struct RunRecord {
   std::vector<Step> steps;
   int current_increment = 0;
   bool capacity_reached = false;
-  std::string capacity_message;
+  int capacity_increment = 0;  // the increment in which the engine announced the stop
   bool have_centre = false;
   float centre[2] = {};
 };
@@ -89,7 +105,7 @@ void OnMessage(const int* severity, const char* text) {
   const std::string t = text != nullptr ? text : "";
   if (t.find("Ultimate axial capacity") != std::string::npos) {
     Record().capacity_reached = true;
-    Record().capacity_message = t;
+    Record().capacity_increment = Record().current_increment;
   }
   if (Record().console != nullptr) Record().console->message(*severity, t);
 }
@@ -244,6 +260,33 @@ std::string Fixed(double v, int width, int decimals) {
 }
 
 // ---- The summary ------------------------------------------------------------------
+// Whether the XML output holds the pile results of an increment: flags 27, 28 and 31
+// together at every increment, or flag 35 at the last (added unless --keep-flags).
+bool PileResultsAsked(const Options& o, const quellon_cli::ModelPeek& peek) {
+  if (!peek.found_flags || !o.keep_flags) return true;
+  const auto set = [&](int flag) { return peek.flags[static_cast<std::size_t>(flag - 1)] != 0; };
+  return set(35) || (set(27) && set(28) && set(31));
+}
+
+// The stop at the group's axial capacity, in the host's words: the engine's own message
+// speaks of a single pile, and the summary places the stop between two loads on the cap.
+std::string CapacitySummary(const RunRecord& r) {
+  const int k = r.capacity_increment;
+  std::string line = "  Axial capacity of the group reached at increment " + std::to_string(k);
+  const RunRecord::Step* before = nullptr;
+  const RunRecord::Step* at = nullptr;
+  for (const RunRecord::Step& s : r.steps) {
+    if (s.increment == k - 1) before = &s;
+    if (s.increment == k) at = &s;
+  }
+  if (at != nullptr && (before != nullptr || k == 1)) {
+    const double from = before != nullptr ? static_cast<double>(before->load[2]) : 0.0;
+    line += ", between the vertical loads Fz = " + Fixed(from, 0, 1) + " kN and " +
+            Fixed(static_cast<double>(at->load[2]), 0, 1) + " kN on the cap";
+  }
+  return line + ".";
+}
+
 void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& peek,
                   const quellon_cli::RunResults& results) {
   const RunRecord& r = Record();
@@ -282,7 +325,13 @@ void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& pe
     }
   }
 
-  quellon_cli::PrintPileResults(c, results);
+  if (!PileResultsAsked(o, peek)) {
+    // The model's own flags ask for no pile results.
+    c.print("");
+    c.print("  Pile head loads: not reported (the model's flags ask for no pile results; run without --keep-flags)");
+  } else {
+    quellon_cli::PrintPileResults(c, results);
+  }
 
   if (peek.increments > 1) {
     c.print("");
@@ -297,15 +346,29 @@ void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& pe
     }
     c.print("");
     if (r.capacity_reached)
-      c.print("  Axial capacity reached: " + r.capacity_message);
+      c.print(CapacitySummary(r));
     else
       c.print("  Axial capacity not reached under the full load.");
   }
 }
 
+// After a failed run or an unreadable model: the temporaries go, and the message says
+// what became of the earlier outputs and where the LOG of this attempt is.
+std::string FailedRunNote(const quellon_cli::OutputSet& outputs) {
+  const std::string kept = quellon_cli::DiscardOutputs(outputs);
+  return "earlier outputs are left as they were; " +
+         (kept.empty() ? std::string("no LOG was written") : "the LOG of this run is " + kept);
+}
+
 int Check(Console& c, const Options& o) {
   std::string log = o.log;
   std::string temporary;
+  // ---- Output safety: the LOG asked for must not be the model, and both must fit the engine.
+  const std::string refused = quellon_cli::CheckPaths(o.model, {"", "", log}, false);
+  if (!refused.empty()) {
+    std::fprintf(stderr, "quellon: %s\n", refused.c_str());
+    return kExitUsage;
+  }
   if (log.empty()) {
     char pattern[] = "/tmp/quellon-check-XXXXXX";
     const int fd = mkstemp(pattern);
@@ -348,10 +411,20 @@ int Check(Console& c, const Options& o) {
 int Run(Console& c, const Options& o) {
   const std::string dir = o.out_dir.empty() ? "" : o.out_dir + "/";
   const std::string stem = o.out_dir.empty() ? Stem(o.model) : dir + BaseName(Stem(o.model));
-  if (!o.out_dir.empty()) mkdir(o.out_dir.c_str(), 0777);
-  const std::string xml = o.xml.empty() ? stem + ".xml" : o.xml;
-  const std::string txt = o.no_txt ? "" : (o.txt.empty() ? stem + ".txt" : o.txt);
-  const std::string log = o.log.empty() ? stem + ".log" : o.log;
+  const quellon_cli::OutputSet final_paths{o.xml.empty() ? stem + ".xml" : o.xml,
+                                           o.no_txt ? "" : (o.txt.empty() ? stem + ".txt" : o.txt),
+                                           o.log.empty() ? stem + ".log" : o.log};
+  // ---- Output safety: refuse before anything is opened; the engine writes temporaries.
+  std::string refused = quellon_cli::CheckPaths(o.model, final_paths, true);
+  if (refused.empty() && !o.out_dir.empty()) refused = quellon_cli::MakeFolder(o.out_dir);
+  if (refused.empty()) refused = quellon_cli::CheckFolders(final_paths);
+  if (!refused.empty()) {
+    std::fprintf(stderr, "quellon: %s\n", refused.c_str());
+    return kExitUsage;
+  }
+  const std::string xml = quellon_cli::TemporaryName(final_paths.xml);
+  const std::string txt = final_paths.txt.empty() ? "" : quellon_cli::TemporaryName(final_paths.txt);
+  const std::string log = quellon_cli::TemporaryName(final_paths.log);
 
   const quellon_cli::ModelPeek peek = quellon_cli::PeekModel(o.model);
   RunRecord& r = Record();
@@ -359,7 +432,7 @@ int Run(Console& c, const Options& o) {
   r.total_increments = peek.increments;
 
   if (QuellonCreateLOGFile(log.c_str()) != 1)
-    c.message(1, "cannot create the LOG file " + log + "; running without it");
+    c.message(1, "cannot create the LOG file " + final_paths.log + "; running without it");
   QuellonSetCreateIncrementCallback(&OnCreateIncrement);
   QuellonSetStiffnessMatrixCallback(&OnStiffnessMatrix);
   QuellonSetPileCapLoadsCallback(&OnCapLoads);
@@ -376,7 +449,8 @@ int Run(Console& c, const Options& o) {
     const quellon_cli::EngineFindings findings = quellon_cli::TakeEngineFindings(o.model);
     if (!o.no_warnings) quellon_cli::PrintWarnings(c, findings.warnings);
     quellon_cli::PrintErrors(c, o.model, findings.errors);
-    std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d)\n", o.model.c_str(), line);
+    std::fprintf(stderr, "quellon: %s is not a valid model (reader stopped at line %d); %s\n", o.model.c_str(), line,
+                 FailedRunNote(final_paths).c_str());
     return kExitBadModel;
   }
   // ---- the warnings about the model, before the run and again in the summary; the
@@ -395,23 +469,31 @@ int Run(Console& c, const Options& o) {
 
   const int result = txt.empty() ? QuellonRunAnalysis1(xml.c_str()) : QuellonRunAnalysis2(xml.c_str(), txt.c_str());
   c.finish_progress();
-  // The closing messages of the files are the host's own doing, not news of the run.
-  QuellonSetProjectMessageCallback(nullptr);
+  // The closing messages of the files are the host's own doing, not news of the run: the
+  // message function stays registered (clearing it would put an error in the LOG) and
+  // stops showing them.
+  r.console = nullptr;
   QuellonCloseAllFiles();
   if (result != 1) {
-    std::fprintf(stderr, "quellon: the analysis failed (see %s)\n", log.c_str());
+    std::fprintf(stderr, "quellon: the analysis failed; %s\n", FailedRunNote(final_paths).c_str());
     return kExitRunFailed;
   }
-  const quellon_cli::RunResults results = quellon_cli::ReadRunResults(xml);
-  if (!results.ok) c.message(1, "cannot read back the XML output " + xml + ": " + results.problem);
+  const std::string moved = quellon_cli::CommitOutputs(final_paths);
+  if (!moved.empty()) {
+    std::fprintf(stderr, "quellon: %s\n", moved.c_str());
+    return kExitRunFailed;
+  }
+  const quellon_cli::RunResults results = quellon_cli::ReadRunResults(final_paths.xml);
+  if (!results.ok) c.message(1, "cannot read back the XML output " + final_paths.xml + ": " + results.problem);
   PrintSummary(c, o, peek, results);
   if (!o.no_warnings && results.ok) {
     for (quellon_cli::Warning& w : quellon_cli::PostRunWarnings(results)) warnings.push_back(std::move(w));
   }
   quellon_cli::PrintWarningSummary(c, warnings);  // the warnings, listed again with those of the run
-  std::string outputs = xml + (txt.empty() ? "" : ", " + txt) + ", " + log;
+  std::string outputs =
+      final_paths.xml + (final_paths.txt.empty() ? "" : ", " + final_paths.txt) + ", " + final_paths.log;
   if (!o.no_csv && results.ok) {
-    const quellon_cli::CsvOutcome csv = quellon_cli::WriteResultCsv(results, Stem(xml));
+    const quellon_cli::CsvOutcome csv = quellon_cli::WriteResultCsv(results, Stem(final_paths.xml));
     if (!csv.notes.empty()) c.print("");
     for (const std::string& note : csv.notes) c.print("  " + note);
     if (!csv.problem.empty()) c.message(1, csv.problem);

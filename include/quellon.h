@@ -30,6 +30,16 @@
  * A message that arises while the message function itself is running (from a call it
  * makes into the engine) goes to the LOG only, never to the message function again.
  *
+ * Paths. The entries that take a NUL-terminated path (QuellonRunAnalysis1 and 2,
+ * QuellonCreateLOGFile, QuellonCreateTMKFile) take at most 260 characters, trailing
+ * blanks not counted. A longer path is refused with result 0 before anything is opened,
+ * closed or reset (an open LOG, TMK, XML or TXT file stays as it was, and so does the
+ * model), and the error message "Path too long (N characters, at most 260): " with the
+ * path goes to the message function and, like every message, to the LOG if one is open.
+ * A TXT path too long refuses the whole run. The DIRECT entries take a 260-character
+ * blank-padded field, which holds what it holds: a path that fills all 260 characters
+ * is taken as it stands.
+ *
  * Units: m, kN, kNm, kPa, kN/m^3, degrees. Section stiffnesses are passed in MN and
  * MNm^2 and held in kN and kNm^2. X and Y are horizontal, Z is positive downward.
  *
@@ -201,8 +211,9 @@ QUELLON_API int QuellonSetWindowMessageObserver(QuellonWindowMessageFn fn);
 /* ---------------------------------------------------------------------------------
  * Run. The XML output is required; the TXT report is optional. Result 1 means that the
  * increments ended in an orderly way (including the stop at the axial capacity of the
- * group, which is reported as an error message); 0 that a file could not be opened or
- * the workspace could not be created, or that the run was refused or ended as a failure:
+ * group, which is reported as an error message); 0 that a path was too long (see Paths
+ * above), that a file could not be opened or the workspace could not be created, or
+ * that the run was refused or ended as a failure:
  * a model whose numerics would be undefined (no piles, a modulus of 0 or less where a
  * pile reaches, a value that is not a finite number, ...) is refused before anything
  * is assembled, and a result that is not a finite number ends the run; in both cases

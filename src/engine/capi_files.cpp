@@ -1,5 +1,8 @@
 // Exported file operations of the LOG and the closing of the other units. The text
 // model file's own create and read operations stand with its reader and writer.
+#include <optional>
+#include <string>
+
 #include "engine/capi_guard.h"
 #include "engine/deferred_closes.h"
 #include "engine/file_units.h"
@@ -11,7 +14,11 @@ using namespace quellon;
 extern "C" {
 
 int QuellonCreateLOGFile(const char* path) {
-  return Guarded([&] { return CreateLOGFile(TheEngine(), PathFromHost(path)); });
+  return Guarded([&] {
+    // A path too long for the engine is refused before the LOG in hand is closed.
+    const std::optional<std::string> p = PathWithinWidth(TheEngine(), path);
+    return p ? CreateLOGFile(TheEngine(), *p) : 0;
+  });
 }
 
 int CREATELOGFILEDIRECT(const char* path260) {

@@ -71,6 +71,14 @@ int OpenTXTReport(Engine& e, std::string_view path) {
                     "Error opening TXT output file: ");
 }
 
+std::optional<std::string> PathWithinWidth(Engine& e, const char* path) {
+  const std::string text(TrimRight(TextFromHost(path)));
+  if (text.size() <= kPathWidth) return text;
+  SendError(e, "Path too long (" + std::to_string(text.size()) + " characters, at most " + std::to_string(kPathWidth) +
+                   "): " + text);
+  return std::nullopt;
+}
+
 int StartLOGFile(Engine& e, std::string_view path) {
   // A new LOG on the unit replaces whatever file the unit held. The old file is
   // released first, so that a failed create leaves the unit closed rather than

@@ -7,6 +7,7 @@
 // open TextFile of Engine::files.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -41,6 +42,14 @@ int OpenTXTReport(Engine& e, std::string_view path);
 // lines; CreateLOGFile closes it properly first. 1, or 0 with nothing written or sent.
 int StartLOGFile(Engine& e, std::string_view path);
 int CreateLOGFile(Engine& e, std::string_view path);
+
+// A NUL-terminated path from the host, as the C entries that open a file take it: the
+// text without its trailing blanks, or nothing if that is longer than the 260 characters
+// of a path field. A cut path would open a file other than the one the host named (and
+// the XML, TXT and LOG paths of a run, cut alike, would all open the same file), so such
+// a path is refused with the error message "Path too long (N characters, at most 260): "
+// and the path, which goes to the LOG too while one is open. A null path is empty.
+std::optional<std::string> PathWithinWidth(Engine& e, const char* path);
 
 // The local clock as the LOG shows it: "dd/mm/yyyy" and "hh:mm:ss".
 struct ClockText {

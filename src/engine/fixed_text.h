@@ -61,23 +61,14 @@ inline std::string_view HostTextPrefix(const char* text, int count) {
 
 // A fixed 260-character blank-padded path as the DIRECT entries pass it, trimmed. A NUL
 // inside the 260 characters ends the text early, as a C host may pass a shorter buffer.
+// The field holds what the host put in it: a path that fills all 260 characters is
+// taken as it stands, since the engine cannot tell it from a longer one cut by the host.
+// The NUL-terminated entries measure their paths (PathWithinWidth of file_units.h).
 inline std::string PaddedPathFromHost(const char* path260) {
   if (path260 == nullptr) return {};
   std::size_t n = 0;
   while (n < kPathWidth && path260[n] != '\0') ++n;
   return std::string(TrimRight(std::string_view(path260, n)));
-}
-
-}  // namespace quellon
-
-namespace quellon {
-
-// A NUL-terminated host path as a run entry or a file operation takes it: copied into a
-// 260-character field, which cuts a longer path, and trimmed of trailing blanks.
-inline std::string PathFromHost(const char* path) {
-  FixedText<kPathWidth> field;
-  field.assign(TextFromHost(path));
-  return std::string(field.trimmed());
 }
 
 }  // namespace quellon

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "engine/capi_guard.h"
@@ -227,10 +228,10 @@ int CreateTMKFile(Engine& e, const std::string& path) {
 
 extern "C" QUELLON_API int QuellonCreateTMKFile(const char* path) {
   return quellon::Guarded([&] {
-    // Held as the engine holds every path: at most 260 characters, trailing blanks off.
-    quellon::FixedText<260> field;
-    field.assign(quellon::TextFromHost(path));
-    return quellon::CreateTMKFile(quellon::TheEngine(), std::string(field.trimmed()));
+    // At most 260 characters, trailing blanks off; a longer path is refused before the
+    // TMK file in hand is closed.
+    const std::optional<std::string> p = quellon::PathWithinWidth(quellon::TheEngine(), path);
+    return p ? quellon::CreateTMKFile(quellon::TheEngine(), *p) : 0;
   });
 }
 
