@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "engine/available_memory.h"
+#include "engine/group_layout.h"
 #include "engine/model.h"
 #include "engine/phase_timer.h"
 #include "engine/workspace.h"
@@ -65,6 +66,9 @@ struct Engine {
 Engine& TheEngine();
 
 // Counts derived from the model.
+inline GroupLayout LayoutOf(const Engine& e) {
+  return GroupLayout(e.foundation.NumberOfElements, e.foundation.NumberOfPiles);
+}
 inline int ElementCount(const Engine& e) { return e.foundation.NumberOfElements; }
 inline int UnknownsPerPile(const Engine& e) { return 4 * e.foundation.NumberOfElements + 1; }
 inline int NumberOfUnknowns(const Engine& e) {

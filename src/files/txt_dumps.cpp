@@ -176,6 +176,8 @@ void PrintIncrementalDisplacements(Engine& e) {
   PrintVector(e, out, w.TwistInc, c.n * c.P);
 }
 
+bool ReportShowsSystemMatrix(const Engine& e) { return TXTOpen(e) && e.project.NonLinear && e.project.Flag(6); }
+
 void PrintNonLinearMatrices(Engine& e, int increment) {
   if (!TXTOpen(e) || !e.project.NonLinear) return;
   ReportOut out = TXTOut(e);

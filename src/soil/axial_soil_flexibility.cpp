@@ -102,7 +102,7 @@ void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int 
 
 void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K) {
   const float depth = g.borehole->DepthToRigidLayer;
-  if (!(depth > 1e-20f || depth < -1e-20f)) return;
+  if (!IsNonZero(depth)) return;
   const AxialLayout l = LayOut(g, pile);
   const int n = l.n;
   if (n < 1) return;
@@ -138,7 +138,7 @@ void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, Rea
 
 int RigidLayerMeetsPile(const SoilGround& g, const Pile& pile) {
   const float depth = g.borehole->DepthToRigidLayer;
-  if (!(depth > 1e-20f || depth < -1e-20f) || g.n < 1) return 0;
+  if (!IsNonZero(depth) || g.n < 1) return 0;
   const AxialLayout l = LayOut(g, pile);
   const SoilPoint F{0.0f, 0.0f, depth + g.z0};
   auto same = [&F](const SoilPoint& a) { return a.x == F.x && a.y == F.y && a.z == F.z; };

@@ -25,6 +25,8 @@
 #include <xmmintrin.h>
 #endif
 
+#include "engine/utilities.h"
+
 namespace quellon {
 
 struct SoilPoint {
@@ -284,6 +286,6 @@ inline float TransverseSelfIntegral(float a, float b, float A, float nu) {
 
 // Direct term b/R1 of the base on itself, integrated over a disc of diameter Db centred
 // on the field point.
-inline float BaseSelfIntegral(float nu, float A, float Db) { return (3.0f - 4.0f * nu) * 3.1415927f * A * Db; }
+inline float BaseSelfIntegral(float nu, float A, float Db) { return (3.0f - 4.0f * nu) * kPi * A * Db; }
 
 }  // namespace quellon

@@ -37,7 +37,7 @@ PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, int index, bool wit
   base.z = g.z0 + axis.a.c * axis.e.c * pile.Length;
   if (with_soil) base.soil = SoilAtPoint(g, base.z, index, n + 1);
   const float depth = g.borehole->DepthToRigidLayer;
-  if (with_soil && (depth > 1e-20f || depth < -1e-20f)) {
+  if (with_soil && IsNonZero(depth)) {
     const float zr = depth + g.z0;
     for (int k = 1; k <= n + 1; ++k) axis.points[static_cast<std::size_t>(k - 1)].rigid = SoilAtPoint(g, zr, index, k);
   }
@@ -116,8 +116,8 @@ struct SourceAreas {
   float Ws, Wt, base_area, Wb;
 
   explicit SourceAreas(const Pile& q, int n) {
-    Ws = q.ShaftDiameter * 3.1415927f * q.Length / static_cast<float>(n);  // surface
-    Wt = Ws / 3.1415927f;                                                  // projection
+    Ws = q.ShaftDiameter * kPi * q.Length / static_cast<float>(n);  // surface
+    Wt = Ws / kPi;                                                  // projection
     base_area = BaseArea(q);
     const float mean_diameter = (q.ShaftDiameter + q.BaseDiameter) * 0.5f;
     const float Wm = 0.7853982f * (mean_diameter * mean_diameter);
@@ -157,7 +157,6 @@ void ShaftOnShaft(const Directions& dir, const SourceAreas& w, int n, int i, int
   Put(pair_K(2 * n + 1 + i, 2 * n + 1 + j), Ah * w.Wt * dir.YY(I));
 }
 
-bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
 // Field point on the rigid layer directly below the soil entry point of p, in q's frame.
 SoilPoint RigidLayerPoint(const SoilGround& g, const PairSpacing& d) {
@@ -245,7 +244,7 @@ void TorsionBetweenPiles(const SoilGround& g, const PileAxis& p, const PileAxis&
 }  // namespace
 
 bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& d, const Pile& q) {
-  return NonZero(rule.Mz) && d.s < 10.0f * q.ShaftDiameter;
+  return IsNonZero(rule.Mz) && d.s < 10.0f * q.ShaftDiameter;
 }
 
 void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,
@@ -410,7 +409,7 @@ int FindCoincidentPoints(const SoilGround& g, const InteractionRule& rule, const
     }
   }
   // The rigid layer correction between the piles, where it applies.
-  if (NonZero(g.borehole->DepthToRigidLayer) && d.s <= (limited ? limit : 0.0f)) {
+  if (IsNonZero(g.borehole->DepthToRigidLayer) && d.s <= (limited ? limit : 0.0f)) {
     const SoilPoint F = RigidLayerPoint(g, d);
     for (int j = 1; j <= n + 1; ++j) {
       if (same(F, SourcePoint(q, j))) {

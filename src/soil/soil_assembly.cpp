@@ -22,6 +22,7 @@
 #include "engine/engine.h"
 #include "engine/notify.h"
 #include "engine/phase_timer.h"
+#include "engine/utilities.h"
 #include "soil/soil.h"
 #include "soil/soil_matrices.h"
 
@@ -29,9 +30,7 @@ namespace quellon {
 
 namespace {
 
-bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
-bool Alike(float a, float b) { return std::fabs(a - b) < 1e-20f; }
 
 // Kernel calls of the blocks between piles above which they are shared out: some tenths
 // of a millisecond of work, well above the cost of starting the threads. (The torsion
@@ -59,7 +58,7 @@ void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
 // and base block with its rigid layer correction, and torsion.
 void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, PhaseTimer* timer,
                        RealMatrix& soil_K) {
-  const bool straight = std::fabs(pile.RakeX) < 1e-20f && std::fabs(pile.RakeY) < 1e-20f;
+  const bool straight = IsZero(pile.RakeX) && IsZero(pile.RakeY);
   if (straight) {
     BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
   } else {
@@ -69,7 +68,7 @@ void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* t
     BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K, trace);
   }
   BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
-  if (NonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
+  if (IsNonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
   PhaseScope torsion(timer, Phase::kTorsion);
   BuildTorsionalSoilFlexibilityMatrix(g, pile, p, soil_K);
 }
@@ -87,10 +86,10 @@ void CopyTorsionBlock(const RealMatrix& block, int n, int p, int q, RealMatrix& 
 }  // namespace
 
 bool SameSoilBlock(const Pile& pile, const Pile& before) {
-  return Alike(pile.Length, before.Length) && Alike(pile.ShaftDiameter, before.ShaftDiameter) &&
-         Alike(pile.InternalDiameter, before.InternalDiameter) &&
-         Alike(pile.BaseDiameter, before.BaseDiameter) && Alike(pile.RakeX, before.RakeX) &&
-         Alike(pile.RakeY, before.RakeY);
+  return Same(pile.Length, before.Length) && Same(pile.ShaftDiameter, before.ShaftDiameter) &&
+         Same(pile.InternalDiameter, before.InternalDiameter) &&
+         Same(pile.BaseDiameter, before.BaseDiameter) && Same(pile.RakeX, before.RakeX) &&
+         Same(pile.RakeY, before.RakeY);
 }
 
 SoilGround GroundOf(const Engine& e) {
@@ -121,7 +120,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   RealMatrix& G = e.ws.G;
   PhaseScope pairs(e.timer, Phase::kPairBlocks);
   const InteractionRule rule = InteractionRuleOf(e);
-  const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
+  const bool rigid = IsNonZero(e.borehole.DepthToRigidLayer);
   std::vector<PileAxis> axes;
   axes.reserve(static_cast<std::size_t>(piles));
   for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));

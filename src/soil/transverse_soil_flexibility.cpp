@@ -26,7 +26,7 @@ void TransverseBlock(const SoilGround& g, const Pile& pile, float rake, int offs
   const float dz = std::cos(rake) * h;
   const float du = -std::sin(rake) * h;
   // The load and the displacement are normal to the pile: its rake turned by a right angle.
-  const Trig t = TrigOf(rake + 1.5707964f);
+  const Trig t = TrigOf(rake + kHalfPi);
 
   std::vector<SoilPoint> point(static_cast<std::size_t>(n));
   std::vector<float> nu(static_cast<std::size_t>(n)), Eh(static_cast<std::size_t>(n));

@@ -109,7 +109,6 @@ void BuildPileMatrix(Engine& e, int p) {
 }
 
 namespace {
-bool Same(float x, float y) { return std::fabs(x - y) < 1e-20f; }
 }  // namespace
 
 bool PilesStructurallyAlike(const Pile& a, const Pile& b) {

@@ -1,3 +1,4 @@
+#include "engine/run_analysis.h"
 #include "solution_test_model.h"
 
 namespace quellon {
@@ -7,12 +8,14 @@ TEST(Update, AxialCapacityOfThePileOrTheGroupEndsTheRun) {
   for (int piles : {1, 2}) {
     const int n = 4, all = (n + 1) * piles;
     auto e = testing::MakeGroup(std::vector<testing::PileSpec>(static_cast<std::size_t>(piles)), n, 5);
-    e->project.NonLinear = 0;
+    const GroupLayout g = LayoutOf(*e);
     e->ws.YieldCountAxial = all - 1;  // one axial unknown short: go on
-    EXPECT_EQ(Update(*e, 1), 1);
+    EXPECT_FALSE(AxialCapacityUsedUp(g, e->ws));
     e->ws.YieldCountAxial = all;
     e->ws.CapLoadInc(1) = 10.0f;
-    EXPECT_EQ(Update(*e, 2), 0);
+    AddMovementsToTotals(g, 2, e->ws);
+    EXPECT_TRUE(AxialCapacityUsedUp(g, e->ws));
+    StopAtCapacity(*e, 2);
     EXPECT_EQ(e->project.ErrorCode, piles == 1 ? 259 : 260);
     EXPECT_EQ(e->ws.HistoryLoad(2, 1), 10.0f);  // the last increment is complete
   }
