@@ -20,6 +20,7 @@
 #include <omp.h>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/notify.h"
 #include "engine/phase_timer.h"
 #include "engine/utilities.h"
@@ -174,11 +175,12 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   const int n = e.foundation.NumberOfElements;
   const int piles = e.foundation.NumberOfPiles;
   const int M = 4 * n + 1;
-  if (n < 1 || p < 1 || p > piles) return;
+  Require(n >= 1 && p >= 1 && p <= piles, "AssembleSoilFlexibility: no such pile");
   PhaseScope own(e.timer, Phase::kOwnBlocks);
   const SoilGround g = GroundOf(e);
   RealMatrix& G = e.ws.G;
-  if (G.rows() != M * piles || G.cols() != M * piles || e.ws.soil_K.rows() != M || e.ws.pair_K.rows() != M) return;
+  Require(G.rows() == M * piles && G.cols() == M * piles && e.ws.soil_K.rows() == M && e.ws.pair_K.rows() == M,
+          "AssembleSoilFlexibility: workspace of another model");
   if (!g.poulos() && (e.ws.YamashitaEsv.rows() != n + 5 || e.ws.YamashitaEsv.cols() != piles)) {
     // The smoothed moduli are missing: the table failed earlier and has been reported.
     SendError(e, "Soil flexibility not assembled for pile " + std::to_string(p) +

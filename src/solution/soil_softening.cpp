@@ -38,6 +38,7 @@
 
 #include "engine/engine.h"
 #include "engine/group_layout.h"
+#include "engine/internal_error.h"
 #include "engine/notify.h"
 #include "engine/utilities.h"
 #include "files/number_forms.h"
@@ -295,12 +296,11 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
   Workspace& w = e.ws;
   const GroupLayout g = LayoutOf(e);
   const int N = g.N;
-  if (N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != g.M ||
+  Require(!(N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != g.M ||
       w.D.cols() != N || w.GD.rows() != N || w.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
       w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N ||
-      w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N) {
-    return;  // not a workspace of this model
-  }
+      w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N),
+          "UpdateSoilFlexibility: workspace of another model");
 
   UpdatePlan plan;
   if (!plan.Create(e, N)) {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/notify.h"
 #include "engine/phase_timer.h"
 #include "files/number_forms.h"
@@ -96,36 +97,6 @@ void BackwardAll(const float* A, int n, std::size_t ld, float* B, std::size_t ld
 
 }  // namespace
 
-void LUBackSubstitute(const float* A, int n, int lda, const int* indx, float* b) {
-  const std::size_t ld = static_cast<std::size_t>(lda);
-  auto at = [A, ld](int i, int k) { return A[static_cast<std::size_t>(i - 1) + static_cast<std::size_t>(k - 1) * ld]; };
-
-  // The row interchanges of the factorisation, in their order; row i is final after
-  // interchange i, since later ones touch only rows below it.
-  for (int i = 1; i <= n; ++i) {
-    const int r = indx[i - 1];
-    if (r != i) std::swap(b[r - 1], b[i - 1]);
-  }
-  // Forward: b(i) -= a(i, k) b(k), k rising from the first non-zero entry. Taken column
-  // by column, each b(i) still receives its terms in rising k.
-  int first = 0;
-  for (int i = 1; i <= n && first == 0; ++i)
-    if (b[i - 1] != 0.0f) first = i;
-  if (first != 0) {
-    for (int k = first; k < n; ++k) {
-      const float bk = b[k - 1];
-      const float* ak = A + static_cast<std::size_t>(k - 1) * ld;
-      for (int i = k + 1; i <= n; ++i) b[i - 1] = b[i - 1] - ak[i - 1] * bk;
-    }
-  }
-  // Backward: each b(i) takes its terms in rising k from i + 1, then the division.
-  for (int i = n; i >= 1; --i) {
-    float s = b[i - 1];
-    for (int k = i + 1; k <= n; ++k) s = s - at(i, k) * b[k - 1];
-    b[i - 1] = s / at(i, i);
-  }
-}
-
 void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ldb) {
   const std::size_t ld = static_cast<std::size_t>(lda), ldB = static_cast<std::size_t>(ldb);
   ForwardAll(A, n, ld, indx, B, ldB);
@@ -136,7 +107,8 @@ void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ld
 void FormSystemMatrix(Workspace& w) {
   const int N = w.G.rows();
   const int M = w.D.rows();
-  if (N < 1 || w.G.cols() != N || w.GD.rows() != N || w.GD.cols() != N || M < 1 || w.D.cols() != N) return;
+  Require(N >= 1 && w.G.cols() == N && w.GD.rows() == N && w.GD.cols() == N && M >= 1 && w.D.cols() == N,
+          "FormSystemMatrix: workspace of another model");
   // Off the pile's own rows D is zero, and the sum is g + 0, which turns a -0 of G into
   // +0 as the full sum would.
 #pragma omp parallel for schedule(static) if (N >= 2048)

@@ -1,4 +1,6 @@
+#include "engine/internal_error.h"
 #include "engine/run_analysis.h"
+#include "solution/solve.h"
 #include "solution_test_model.h"
 
 namespace quellon {
@@ -19,6 +21,23 @@ TEST(Update, AxialCapacityOfThePileOrTheGroupEndsTheRun) {
     EXPECT_EQ(e->project.ErrorCode, piles == 1 ? 259 : 260);
     EXPECT_EQ(e->ws.HistoryLoad(2, 1), 10.0f);  // the last increment is complete
   }
+}
+
+}  // namespace
+}  // namespace quellon
+
+namespace quellon {
+namespace {
+
+// A workspace made for another model is a fault of the engine: the routines that would
+// otherwise leave wrong numbers behind throw, and the run ends as an internal error.
+TEST(InternalError, AWorkspaceOfAnotherShapeIsRefused) {
+  auto e = testing::MakeGroup({{}, {3.0f, 0.0f}}, 4, 3);
+  e->foundation.NumberOfElements = 5;
+  EXPECT_THROW(UpdateSoilFlexibility(*e, 1), InternalError);
+  EXPECT_THROW(AssemblePileFlexibility(*e, 1), InternalError);
+  e->ws.D.release();
+  EXPECT_THROW(FormSystemMatrix(e->ws), InternalError);
 }
 
 }  // namespace
