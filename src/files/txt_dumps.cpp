@@ -189,7 +189,7 @@ void PrintNonLinearMatrices(Engine& e, int increment) {
   if (e.project.Flag(6)) {
     out.line("G+D -Non-linear soil+pile flexib. matrix of the group after zeroing at increm. no." +
              FormatInt(increment, 4));
-    PrintMatrix(e, out, e.ws.GD, c.N, c.N);
+    PrintMatrix(e, out, e.ws.system.GD, c.N, c.N);
   }
 }
 

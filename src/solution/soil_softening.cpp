@@ -233,7 +233,7 @@ void RebuildMatrices(Workspace& w, int N, bool take_elastic_copy, const Decision
     float* g = w.G.col(j);
     float* g0 = w.G0.col(j);
     const float* dj = w.D.col(j);
-    float* gd = w.GD.col(j);
+    float* gd = w.system.GD.col(j);
     const int r0 = PileBlockStart(M, j);
     auto d = [dj, r0, M](int i) { return i >= r0 && i < r0 + M ? dj[i - r0] : 0.0f; };  // row i from 0
     if (take_elastic_copy) std::copy(g, g + N, g0);
@@ -297,7 +297,7 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
   const GroupLayout g = LayoutOf(e);
   const int N = g.N;
   Require(!(N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != g.M ||
-      w.D.cols() != N || w.GD.rows() != N || w.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
+      w.D.cols() != N || w.system.GD.rows() != N || w.system.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
       w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N ||
       w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N),
           "UpdateSoilFlexibility: workspace of another model");
@@ -308,13 +308,13 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
     // for its factors: it is formed again. The elastic copy is still taken, so that the
     // next update starts from the right matrix.
     if (increment == 1) std::copy(w.G.data(), w.G.data() + w.G.count(), w.G0.data());
-    if (w.system.factorised) {
-      if (w.system.planned) {
+    if (w.system.HoldsFactors()) {
+      if (w.system.Planned()) {
         RebuildMatrices(w, N, false, KeptDecisions(w));
       } else {
         FormSystemMatrix(w);
       }
-      w.system = Workspace::SystemState{false, false, false, w.system.planned};
+      w.system.MatrixFormed(w.system.Planned());
     }
     return;
   }
@@ -330,22 +330,22 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
 
   // The same decisions as last time leave G as it is and GD as the system just solved,
   // whose factors GD holds: nothing to do.
-  if (increment >= 2 && w.system.planned && w.system.solved && SameDecisions(plan, w, N)) {
-    w.system.unchanged = true;
+  if (increment >= 2 && w.system.Planned() && w.system.Solved() && SameDecisions(plan, w, N)) {
+    w.system.MarkUnchanged();
     return;
   }
   RebuildMatrices(w, N, increment == 1, DecisionsOf(plan));
   std::copy(plan.factor.data(), plan.factor.data() + N, w.SoftFactor.data());
   std::copy(plan.released_at.data(), plan.released_at.data() + N, w.SoftReleasedAt.data());
   std::copy(plan.last_op_at.data(), plan.last_op_at.data() + N, w.SoftChangedAt.data());
-  w.system = Workspace::SystemState{false, false, false, true};
+  w.system.MatrixFormed(true);
 }
 
 void FormUnchangedSystem(Workspace& w) {
-  if (!w.system.unchanged) return;
+  if (!w.system.Unchanged()) return;
   // The kept decisions are those of this update, so G comes out as it is.
   RebuildMatrices(w, w.G.rows(), false, KeptDecisions(w));
-  w.system = Workspace::SystemState{false, false, false, true};
+  w.system.MatrixFormed(true);
 }
 
 }  // namespace quellon

@@ -107,7 +107,7 @@ void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ld
 void FormSystemMatrix(Workspace& w) {
   const int N = w.G.rows();
   const int M = w.D.rows();
-  Require(N >= 1 && w.G.cols() == N && w.GD.rows() == N && w.GD.cols() == N && M >= 1 && w.D.cols() == N,
+  Require(N >= 1 && w.G.cols() == N && w.system.GD.rows() == N && w.system.GD.cols() == N && M >= 1 && w.D.cols() == N,
           "FormSystemMatrix: workspace of another model");
   // Off the pile's own rows D is zero, and the sum is g + 0, which turns a -0 of G into
   // +0 as the full sum would.
@@ -115,7 +115,7 @@ void FormSystemMatrix(Workspace& w) {
   for (int j = 1; j <= N; ++j) {
     const float* g = w.G.col(j);
     const float* d = w.D.col(j);
-    float* gd = w.GD.col(j);
+    float* gd = w.system.GD.col(j);
     const int r0 = PileBlockStart(M, j);
     for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
     for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + d[i - r0];
@@ -141,14 +141,9 @@ int Solve(Engine& e, int increment) {
   LogLine(e, lapack ? "Using MKL libraries..." : "Using LU decompostion...");
 
   // The system is the one solved last time: the tractions in hand are its solution.
-  if (increment >= 2 && w.system.unchanged && w.system.solved) {
-    w.system.unchanged = false;
-    return 1;
-  }
-  w.system.unchanged = false;
-  if (increment < 2 || w.system.factorised) FormSystemMatrix(w);
-  w.system.factorised = true;
-  w.system.solved = false;
+  if (w.system.TakeUnchanged() && increment >= 2) return 1;
+  if (increment < 2 || w.system.HoldsFactors()) FormSystemMatrix(w);
+  w.system.Factorising();
 
   for (int m = 1; m <= kUnitColumns; ++m) {
     const float* u = w.UBCV.col(m);
@@ -160,7 +155,7 @@ int Solve(Engine& e, int increment) {
     int info = 0;
     {
       PhaseScope factorise(e.timer, Phase::kFactorise);
-      info = LapackSolve(N, kUnitColumns, w.GD.data(), N, PivotIndex.data(), B.data(), N);
+      info = LapackSolve(N, kUnitColumns, w.system.GD.data(), N, PivotIndex.data(), B.data(), N);
     }
     if (info != 0) {
       LogLine(e, "Call to SGESV failed with error code = " + FormatInt(info));
@@ -171,20 +166,20 @@ int Solve(Engine& e, int increment) {
     int factorised = 0;
     {
       PhaseScope factorise(e.timer, Phase::kFactorise);
-      factorised = LUDecompose(w.GD.data(), N, N, PivotIndex.data(), scale.data(), sign);
+      factorised = LUDecompose(w.system.GD.data(), N, N, PivotIndex.data(), scale.data(), sign);
     }
     if (!factorised) {
       e.project.ErrorCode = 262;  // "Error solving matrix inversion (singular matrix)"
       return 0;
     }
-    LUSolveSixSides(w.GD.data(), N, N, PivotIndex.data(), B.data(), N);
+    LUSolveSixSides(w.system.GD.data(), N, N, PivotIndex.data(), B.data(), N);
   }
   for (int m = 1; m <= kUnitColumns; ++m) {
     const float* bm = B.col(m);
     float* t = w.Tractions.col(m);
     for (int i = 0; i < N; ++i) t[i] = bm[i];
   }
-  w.system.solved = true;
+  w.system.MarkSolved();
   return 1;
 }
 
