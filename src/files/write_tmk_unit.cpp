@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <string>
 
-#include "engine/capi_guard.h"
 #include "engine/file_units.h"
 #include "engine/engine.h"
 #include "engine/fixed_text.h"
@@ -224,17 +223,3 @@ int CreateTMKFile(Engine& e, const std::string& path) {
 }
 
 }  // namespace quellon
-
-extern "C" QUELLON_API int QuellonCreateTMKFile(const char* path) {
-  return quellon::Guarded([&] {
-    // Held as the engine holds every path: at most 260 characters, trailing blanks off.
-    quellon::FixedText<260> field;
-    field.assign(quellon::TextFromHost(path));
-    return quellon::CreateTMKFile(quellon::TheEngine(), std::string(field.trimmed()));
-  });
-}
-
-extern "C" QUELLON_API int WRITETMKFILEDIRECT(const char* path260) {
-  return quellon::Guarded(
-      [&] { return quellon::CreateTMKFile(quellon::TheEngine(), quellon::PaddedPathFromHost(path260)); });
-}

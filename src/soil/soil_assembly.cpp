@@ -55,18 +55,19 @@ void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
   }
 }
 
+// A pile without rake has one transverse block for both directions.
+bool Straight(const Pile& pile) { return IsZero(pile.RakeX) && IsZero(pile.RakeY); }
+
 // The own block of pile p: transverse blocks (the first of which clears soil_K), axial
 // and base block with its rigid layer correction, and torsion.
-void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, PhaseTimer* timer,
-                       RealMatrix& soil_K) {
-  const bool straight = IsZero(pile.RakeX) && IsZero(pile.RakeY);
-  if (straight) {
+void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, PhaseTimer* timer, RealMatrix& soil_K) {
+  if (Straight(pile)) {
     BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
   } else {
     // A rake of either direction: each block with its own rake. (A rake of exactly 1e-20
     // counts as a rake here; both ways give the same values.)
-    BuildTransverseXSoilFlexibilityMatrix(g, pile, soil_K, trace);
-    BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K, trace);
+    BuildTransverseXSoilFlexibilityMatrix(g, pile, soil_K);
+    BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K);
   }
   BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
   if (IsNonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
@@ -193,8 +194,12 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   const int before = e.project.ReferencePile;
   const bool reuse = p != 1 && before >= 1 && before <= piles && SameSoilBlock(pile, e.foundation.Piles(before));
   if (!reuse) {
-    TextFile* trace = LogOpen(e) ? &e.files.log : nullptr;
-    BuildOwnSoilBlock(g, pile, p, trace, e.timer, e.ws.soil_K);
+    if (!Straight(pile)) {
+      // The LOG's trace of the two transverse blocks of a raked pile.
+      LogLine(e, "BuildTransverseXSoilFlexibilityMatrix, line 27");
+      LogLine(e, "BuildTransverseYSoilFlexibilityMatrix, line 26");
+    }
+    BuildOwnSoilBlock(g, pile, p, e.timer, e.ws.soil_K);
   }
   CopyBlock(e.ws.soil_K, p, p, G);
   if (piles == 1) return;

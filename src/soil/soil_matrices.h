@@ -13,7 +13,6 @@
 
 #include "engine/arrays.h"
 #include "engine/model.h"
-#include "files/text_file.h"
 #include "soil/layer_averaging.h"
 #include "soil/mindlin_kernels.h"
 
@@ -34,13 +33,10 @@ void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, Rea
 // Clears soil_K, then writes the transverse block of a pile without rake into both the X
 // and the Y places.
 void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
-// Clears soil_K, then writes the X block from RakeX alone; the trace line goes to `trace`
-// when it is given (the open LOG).
-void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace = nullptr);
+// Clears soil_K, then writes the X block from RakeX alone.
+void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
 // Writes the Y block from RakeY alone, without clearing.
-void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace = nullptr);
+void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
 
 // Torsion block (rows and columns 3n + 2..4n + 1), summed over 20 slices of 80 points of
 // each source element. Does not clear soil_K. Columns are independent and are computed

@@ -69,16 +69,12 @@ void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pil
   TransverseBlock(g, pile, 0.0f, g.n + 1, 2 * g.n + 1, soil_K);
 }
 
-void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace) {
-  if (trace != nullptr) trace->line("BuildTransverseXSoilFlexibilityMatrix, line 27");
+void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K) {
   soil_K.fill(0.0f);
   TransverseBlock(g, pile, DegreesToRadians(pile.RakeX), g.n + 1, 0, soil_K);
 }
 
-void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace) {
-  if (trace != nullptr) trace->line("BuildTransverseYSoilFlexibilityMatrix, line 26");
+void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K) {
   TransverseBlock(g, pile, DegreesToRadians(pile.RakeY), 2 * g.n + 1, 0, soil_K);
 }
 
