@@ -57,8 +57,8 @@ struct InteractionRule {
 // point in plan and its depth below z0 of the first pile; with the ground at each point.
 struct AxisPoint {
   float x = 0.0f, y = 0.0f, z = 0.0f;
-  PointSoil soil;
-  PointSoil rigid;  // the ground at the rigid layer's level, with this element's number
+  LocalSoil soil;
+  LocalSoil rigid;  // the ground at the rigid layer's level, with this element's number
 };
 
 struct PileAxis {
@@ -82,11 +82,11 @@ PairSpacing SpacingOf(const Pile& p, const Pile& q);
 
 // Points in the frame of the source pile q, whose soil entry point is the plan origin:
 // element (or base, k = n + 1) k of the field pile p, and of the source pile q.
-inline SoilPoint FieldPoint(const PileAxis& p, const PairSpacing& d, int k) {
+inline Point3 FieldPoint(const PileAxis& p, const PairSpacing& d, int k) {
   const AxisPoint& a = p.at(k);
   return {d.Dx - a.x, d.Dy - a.y, a.z};
 }
-inline SoilPoint SourcePoint(const PileAxis& q, int k) {
+inline Point3 SourcePoint(const PileAxis& q, int k) {
   const AxisPoint& a = q.at(k);
   return {-a.x, -a.y, a.z};
 }

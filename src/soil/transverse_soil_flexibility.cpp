@@ -28,7 +28,7 @@ void TransverseBlock(const SoilGround& g, const Pile& pile, float rake, int offs
   // The load and the displacement are normal to the pile: its rake turned by a right angle.
   const Trig t = TrigOf(rake + kHalfPi);
 
-  std::vector<SoilPoint> point(static_cast<std::size_t>(n));
+  std::vector<Point3> point(static_cast<std::size_t>(n));
   std::vector<float> nu(static_cast<std::size_t>(n)), Eh(static_cast<std::size_t>(n));
   for (int i = 1; i <= n; ++i) {
     const float k = static_cast<float>(i) - 0.5f;
@@ -52,7 +52,7 @@ void TransverseBlock(const SoilGround& g, const Pile& pile, float rake, int offs
       } else {
         // The direct term b/R1 of an element on itself is integrated over its projected
         // area; the image terms stay a point evaluation.
-        value = TransverseSelfIntegral(half_length, radius, Ah, v) +
+        value = TransverseSelfIntegral(half_length, radius, v, Ah) +
                 MindlinTransverseImage(Ah, v, point[si], point[si], Wt, t);
       }
       soil_K(offset1 + i, offset1 + j) = value;
