@@ -10,9 +10,8 @@
 #include "engine/group_layout.h"
 #include "engine/model.h"
 #include "engine/phase_timer.h"
-#include "engine/workspace.h"
 #include "engine/text_file.h"
-#include "files/xml_document.h"
+#include "engine/workspace.h"
 #include "quellon.h"
 
 namespace quellon {
