@@ -239,7 +239,7 @@ double SgesvAlone(const Case& c) {
   for (int m = 1; m <= 6; ++m) std::copy(w.UBCV.col(m), w.UBCV.col(m) + N, B.data() + static_cast<std::size_t>(m - 1) * N);
   std::vector<int> pivots(static_cast<std::size_t>(N));
   const auto start = std::chrono::steady_clock::now();
-  const int info = LapackSolve(N, 6, w.GD.data(), N, pivots.data(), B.data(), N);
+  const int info = LapackSolve(N, 6, w.system.GD.data(), N, pivots.data(), B.data(), N);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   ReleaseWorkspace(e);
   return info == 0 ? seconds : -1.0;

@@ -4,8 +4,20 @@
  * This header is the whole contract between the engine and a host application. The
  * engine holds exactly one model; the host fills it through the setters below (or has
  * it read from a text model file), registers the functions it wants to be called, and
- * starts a run on its own thread. Everything happens on the calling thread: callbacks
- * are called in the middle of the run and the engine waits for each.
+ * starts a run on its own thread. The run belongs to the calling thread: it returns when
+ * the run is over, and every callback, the message function and the window message
+ * observer are called on that thread, in the middle of the run, the engine waiting for
+ * each.
+ *
+ * Threads. The heavy steps of a run (the soil matrices, the factorisation of the system,
+ * the softening of a large non-linear model) share their work among the threads of the
+ * OpenMP pool of the process, whose size OMP_NUM_THREADS (or omp_set_num_threads in the
+ * host) sets; small models stay on the calling thread. The pool's threads stay with the
+ * process between runs, as OpenMP keeps them. The engine's own routines give the same
+ * results bit for bit whatever the number of threads; the LAPACK route (the solver
+ * flag) may also use the threads of the LAPACK library in use, under that library's
+ * own settings. No host function is ever called from a pool thread. The engine holds
+ * one model: two threads of a host must not call it at the same time.
  *
  * Conventions of every export:
  *   - results are 1 for success and 0 for failure unless told otherwise;

@@ -1,5 +1,5 @@
 // Exported file operations of the LOG and the closing of the other units. The text
-// model file's own create and read operations stand with its reader and writer.
+// model files' own create and read operations are in capi_text_model.cpp.
 #include <optional>
 #include <string>
 

@@ -26,7 +26,7 @@ int PileSetter(const char* name, int pile, Store&& store) {
 
 // Section stiffnesses arrive in MN and MNm^2; the engine holds kN and kNm^2. The
 // product is taken in double precision before the narrowing.
-Real FromMega(double v) { return static_cast<Real>(v * 1000.0); }
+float FromMega(double v) { return static_cast<float>(v * 1000.0); }
 
 }  // namespace
 

@@ -37,9 +37,8 @@ auto Guarded(F&& body) noexcept -> decltype(body()) {
 // The body of a model setter, run through Guarded() on the engine behind the C API.
 // While a run is in progress (a host calling back into the engine from one of its
 // callbacks) the model is in use: a change could alter the shapes that the run's arrays
-// were made for, so the call is refused with 0 and an error message.
-inline constexpr const char* kBusyText = "The model can't be changed while an analysis is running";
-
+// were made for, so the call is refused with 0 and an error message
+// (kBusyText).
 template <class F>
 int ModelSetter(F&& body) noexcept {
   return Guarded([&]() -> int {

@@ -7,11 +7,11 @@
 #include <cstdint>
 
 #include "engine/available_memory.h"
+#include "engine/group_layout.h"
 #include "engine/model.h"
 #include "engine/phase_timer.h"
+#include "engine/text_file.h"
 #include "engine/workspace.h"
-#include "files/text_file.h"
-#include "files/xml_document.h"
 #include "quellon.h"
 
 namespace quellon {
@@ -31,6 +31,13 @@ struct RunCallbacks {
   QuellonPileCapDisplacementsFn SendPileCapDisplacements = nullptr;
   QuellonForceDisplacementStiffnessesFn SendForceDisplacementStiffnesses = nullptr;
   QuellonStiffnessMatrixFn SendStiffnessMatrix = nullptr;
+};
+
+// Which elements of the XML output that span several writers are open at the moment
+// (see files/xml_document.h).
+struct XMLDocumentState {
+  bool increment_open = false;   // the <Increment> that WriteXMLOutputStart opened
+  bool pile_group_open = false;  // <Pile-Group> of a linear increment
 };
 
 struct FileUnits {
@@ -61,10 +68,16 @@ struct Engine {
   PhaseTimer* timer = nullptr;
 };
 
+// The refusal of a change to the model while a run is in progress.
+inline constexpr const char* kBusyText = "The model can't be changed while an analysis is running";
+
 // The engine behind the C API.
 Engine& TheEngine();
 
 // Counts derived from the model.
+inline GroupLayout LayoutOf(const Engine& e) {
+  return GroupLayout(e.foundation.NumberOfElements, e.foundation.NumberOfPiles);
+}
 inline int ElementCount(const Engine& e) { return e.foundation.NumberOfElements; }
 inline int UnknownsPerPile(const Engine& e) { return 4 * e.foundation.NumberOfElements + 1; }
 inline int NumberOfUnknowns(const Engine& e) {

@@ -46,7 +46,7 @@ void StoreText(FixedText<N>& field, const char* text, int count) {
 }
 
 // Narrowing of the host's doubles, and of its one-byte logicals (sign-extended).
-inline Real Narrow(double v) { return static_cast<Real>(v); }
+inline float Narrow(double v) { return static_cast<float>(v); }
 inline Logical FromHostBool(quellon_bool v) { return static_cast<Logical>(v); }
 
 }  // namespace quellon

@@ -14,7 +14,7 @@
 
 namespace quellon {
 
-using Real = float;           // the precision of the whole solution
+// Every real of the model and of the solution is a 32-bit float, written as such.
 using Logical = std::int32_t;  // 0 false, anything else true
 
 constexpr int kFlagCount = 40;
@@ -29,12 +29,12 @@ struct Project {
   FixedText<260> Filename;
   std::int32_t TMWUnit = 0, TMKUnit = 0, TXTUnit = 0, XMLUnit = 0, LOGUnit = 0;
   Logical NonLinear = 0;
-  Real Nq = 0, Rs = 0, Rb = 0, Rl = 0, Rt = 0;
-  Real LimitingShaftFriction = 0;
-  Real LimitingBearingPressure = 0;
+  float Nq = 0, Rs = 0, Rb = 0, Rl = 0, Rt = 0;
+  float LimitingShaftFriction = 0;
+  float LimitingBearingPressure = 0;
   std::int32_t ReferencePile = 0;
   std::int32_t AutoNq = 0;
-  Real InteractionDistance = 0;
+  float InteractionDistance = 0;
   std::int32_t InteractionFlag = 0;
   Logical ElasticUnloading = 0;
   Logical FlagValues[kFlagCount] = {};
@@ -49,9 +49,9 @@ struct Project {
 };
 
 struct Actions {
-  Real Fx = 0, Fy = 0, Fz = 0;
-  Real Mx = 0, My = 0, Mz = 0;
-  Real X = 0, Y = 0;
+  float Fx = 0, Fy = 0, Fz = 0;
+  float Mx = 0, My = 0, Mz = 0;
+  float X = 0, Y = 0;
   std::int32_t NumberOfIncrements = 0;
 };
 
@@ -65,33 +65,33 @@ enum GroundTypeCode : std::int32_t {
 struct Layer {
   FixedText<100> Name;
   FixedText<100> GroundName;
-  Real DepthToTop = 0;
-  Real Ev = 0, dEv = 0;
-  Real Eh = 0, dEh = 0;
-  Real Poisson = 0;
+  float DepthToTop = 0;
+  float Ev = 0, dEv = 0;
+  float Eh = 0, dEh = 0;
+  float Poisson = 0;
   std::int32_t GroundType = 0;
-  Real cu = 0, dcu = 0;
-  Real alpha = 0;
-  Real WeightDensity = 0;
-  Real phi = 0;
-  Real delta = 0;
-  Real Ks = 0;
-  Real qu = 0;
-  Real k1 = 0, k2 = 0, k3 = 0, k4 = 0, k5 = 0;
-  Real DirectSkinFriction = 0;
-  Real DirectEndBearing = 0;
+  float cu = 0, dcu = 0;
+  float alpha = 0;
+  float WeightDensity = 0;
+  float phi = 0;
+  float delta = 0;
+  float Ks = 0;
+  float qu = 0;
+  float k1 = 0, k2 = 0, k3 = 0, k4 = 0, k5 = 0;
+  float DirectSkinFriction = 0;
+  float DirectEndBearing = 0;
   Logical HasDirectLateral = 0;
-  Real DirectLateral = 0;
-  Real MaxSkinFriction = 0;
-  Real MaxBearingPressure = 0;
+  float DirectLateral = 0;
+  float MaxSkinFriction = 0;
+  float MaxBearingPressure = 0;
 };
 
 struct Borehole {
   std::vector<Layer> LayerTable;  // rows 1..NumberOfLayers at [0..n-1]
   bool LayersCreated = false;     // the table exists (possibly empty)
   std::int32_t NumberOfLayers = 0;
-  Real DepthToRigidLayer = 0;
-  Real Overburden = 0;
+  float DepthToRigidLayer = 0;
+  float Overburden = 0;
   std::int32_t LayerAveraging = 0;
 
   Layer& Layers(int i) { return LayerTable[static_cast<std::size_t>(i - 1)]; }
@@ -101,18 +101,18 @@ struct Borehole {
 struct Pile {
   FixedText<100> Name;
   std::int32_t Number = 0;
-  Real Length = 0;
-  Real ShaftDiameter = 0;
-  Real InternalDiameter = 0;
-  Real BaseDiameter = 0;
-  Real RakeX = 0, RakeY = 0;
-  Real X = 0, Y = 0, Z = 0;
-  Real SoilEntryX = 0, SoilEntryY = 0, SoilEntryZ = 0;
-  Real ReinforcedLength = 0;
-  Real EA = 0, EIx = 0, EIy = 0, GJ = 0;
-  Real UnreinforcedEA = 0, UnreinforcedEIx = 0, UnreinforcedEIy = 0, UnreinforcedGJ = 0;
-  Real HeadFx = 0, HeadFy = 0, HeadFz = 0;
-  Real HeadMx = 0, HeadMy = 0, HeadMz = 0;
+  float Length = 0;
+  float ShaftDiameter = 0;
+  float InternalDiameter = 0;
+  float BaseDiameter = 0;
+  float RakeX = 0, RakeY = 0;
+  float X = 0, Y = 0, Z = 0;
+  float SoilEntryX = 0, SoilEntryY = 0, SoilEntryZ = 0;
+  float ReinforcedLength = 0;
+  float EA = 0, EIx = 0, EIy = 0, GJ = 0;
+  float UnreinforcedEA = 0, UnreinforcedEIx = 0, UnreinforcedEIy = 0, UnreinforcedGJ = 0;
+  float HeadFx = 0, HeadFy = 0, HeadFz = 0;
+  float HeadMx = 0, HeadMy = 0, HeadMz = 0;
 };
 
 struct Foundation {
@@ -120,8 +120,8 @@ struct Foundation {
   std::int32_t NumberOfElements = 0;
   std::vector<Pile> PileTable;  // rows 1..NumberOfPiles at [0..n-1]
   bool PilesCreated = false;
-  Real CentreOfRotationX = 0, CentreOfRotationY = 0;
-  Real FreeStandingLength = 0;
+  float CentreOfRotationX = 0, CentreOfRotationY = 0;
+  float FreeStandingLength = 0;
   std::int32_t CapStiffness = 0;
   QuellonCentreOfRotationFn CentreOfRotationCallback = nullptr;
 

@@ -221,7 +221,7 @@ int CheckPile(Engine& e, int p) {
   const int n = e.foundation.NumberOfElements;
   const float a = pile.Length / static_cast<float>(2 * n);
   const float b = pile.ShaftDiameter * 0.5f;
-  if (!std::isfinite(AxialSelfIntegral(a, b, 0.0f, 1.0f)) || !std::isfinite(TransverseSelfIntegral(a, b, 1.0f, 0.0f)))
+  if (!std::isfinite(AxialSelfIntegral(a, b, 0.0f, 1.0f)) || !std::isfinite(TransverseSelfIntegral(a, b, 0.0f, 1.0f)))
     return Refuse(e, who + ": its elements are too slender to be integrated (" + Value(2.0f * a) +
                          " m long for a diameter of " + Value(pile.ShaftDiameter) + " m): use more elements");
 

@@ -4,6 +4,7 @@
 
 #include "engine/engine.h"
 #include "engine/fixed_text.h"
+#include "engine/group_layout.h"
 #include "engine/window_messages.h"
 #include "files/number_forms.h"
 
@@ -94,11 +95,9 @@ void NotifyCentreOfRotation(Engine& e) {
 }
 
 namespace {
-// Cap vector elements 2, 4, 1, 5, 3, 6 of the internal order: X, Y, Z, about X, about Y,
-// about Z.
+// A cap vector held in the internal order, in the external one.
 void ExternalOrder(const RealVector& cap, float out[6]) {
-  static constexpr int kOrder[6] = {2, 4, 1, 5, 3, 6};
-  for (int i = 0; i < 6; ++i) out[i] = cap.size() >= 6 ? cap(kOrder[i]) : 0.0f;
+  for (int i = 0; i < 6; ++i) out[i] = cap.size() >= 6 ? cap(kInternalAxis[i]) : 0.0f;
 }
 }  // namespace
 
@@ -126,6 +125,12 @@ void NotifyPileCapDisplacements(Engine& e, int increment) {
   ExternalOrder(e.ws.CapDispTotal, v);
   for (float x : v) line += "  " + FormatFix(x * 1000.0f, 9, 3);
   LogLine(e, line);
+}
+
+void NotifyPileCap(Engine& e, int increment) {
+  NotifyCentreOfRotation(e);
+  NotifyPileCapLoads(e, increment);
+  NotifyPileCapDisplacements(e, increment);
 }
 
 }  // namespace quellon

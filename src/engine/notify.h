@@ -37,5 +37,7 @@ void NotifyStiffnesses(Engine& e, int increment, const float* grmat);
 void NotifyCentreOfRotation(Engine& e);
 void NotifyPileCapLoads(Engine& e, int increment);
 void NotifyPileCapDisplacements(Engine& e, int increment);
+// The three above in that order: the cap block of an increment, once it is in the XML.
+void NotifyPileCap(Engine& e, int increment);
 
 }  // namespace quellon

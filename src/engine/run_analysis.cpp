@@ -15,6 +15,7 @@
 #include "files/number_forms.h"
 #include "files/reports.h"
 #include "soil/soil.h"
+#include "solution/group_stiffness.h"
 #include "solution/solution.h"
 
 namespace quellon {
@@ -40,6 +41,21 @@ class RunningScope {
 // kFail: a result that is not a number; the run ends as a failure, in order.
 enum class IncrementEnd { kNext, kStop, kAbandon, kFail };
 
+}  // namespace
+
+void StopAtCapacity(Engine& e, int i) {
+  const int P = e.foundation.NumberOfPiles;
+  const int rows = LayoutOf(e).AxialRows();
+  LogLine(e, "Axial elements yielded = " + FormatInt(e.ws.YieldCountAxial) + "/" + FormatInt(rows));
+  WriteXMLCapacityStop(e);
+  WriteTXTCapacityStop(e, i);
+  SendError(e, "Ultimate axial capacity of single pile exceeded after increment " + FormatInt(i));
+  // 259 "Ultimate axial capacity of pile exceeded", 260 "... of pile group exceeded".
+  e.project.ErrorCode = P == 1 ? 259 : 260;
+}
+
+namespace {
+
 // One load increment. solve_result receives the result of Solve, which the run returns
 // if it is abandoned.
 IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
@@ -57,13 +73,59 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   PrintUnitStresses(e);
   CalcHeadLoads(e, i);
   PrintUnitHeadLoads(e);
-  if (CalcStiffnessDisplsStressesLoads(e, i) == 0) return IncrementEnd::kAbandon;
+
+  // The group's stiffness to the host and the reports; its inverse, the flexibility,
+  // gives the cap movement, spread back over every pile and element.
+  Workspace& w = e.ws;
+  const GroupLayout g = LayoutOf(e);
+  RealVector packed;
+  if (!Create1DRealMatrix(e, packed, g.N)) return IncrementEnd::kAbandon;
+  float k[36];
+  AssembleGroupStiffness(e.foundation, w, k);
+  float grmat[36];
+  GroupStiffnessExternal(k, grmat);
+  NotifyStiffnesses(e, i, grmat);
+  WriteGroupStiffness(e, k);
+  if (!InvertMatrix(k, 6, 6)) {
+    e.project.ErrorCode = 258;  // "Error inverting soil stiffness matrix"
+    return IncrementEnd::kAbandon;
+  }
+  WriteGroupFlexibility(e, k);
+  SpreadCapMovement(e.foundation, g, k, w, packed);
+  packed.release();
   if (CheckIncrementResults(e, i) == 0) return IncrementEnd::kFail;
-  SplitSoilDisplacements(e);
+  SplitSoilDisplacements(g, w);
   PrintIncrementalDisplacements(e);
-  // Update ends the loop when the axial capacity of the group is used up; this
-  // increment then isn't counted.
-  if (Update(e, i) == 0) return IncrementEnd::kStop;
+
+  // The totals; in a non-linear run the state of the next increment, from the stresses
+  // and limits of this one: yield lags one increment behind the load.
+  AddMovementsToTotals(g, i, w);
+  if (e.project.NonLinear) {
+    {
+      PhaseScope softening(e.timer, Phase::kSoftening);
+      UpdateSoilFlexibility(e, i);
+    }
+    PhaseScope reports(e.timer, Phase::kReports);
+    if (ReportShowsSystemMatrix(e)) FormUnchangedSystem(w);
+    PrintNonLinearMatrices(e, i);
+  }
+  AddLoadsToTotals(e.foundation, g, w);
+
+  // Reports of the increment; the writers apply their own flags and cut-offs. The host
+  // receives the cap's values once they stand in the XML.
+  {
+    PhaseScope reports(e.timer, Phase::kReports);
+    if (WriteXMLPileCap(e)) NotifyPileCap(e, i);
+    WriteXMLPiles(e, i);
+    WriteTXTIncrementResults(e, i);
+  }
+
+  // The run ends when every axial unknown of the group has yielded; this increment then
+  // isn't counted.
+  if (AxialCapacityUsedUp(g, w)) {
+    StopAtCapacity(e, i);
+    return IncrementEnd::kStop;
+  }
   SendCounter(e, i);
   SwitchPhase(e.timer, Phase::kOther);
   const std::string line = "Increment " + FormatInt(i) + "\n";

@@ -24,6 +24,11 @@ struct Engine;
 // it stands, workspace and model left in memory, with the result of the last solve.
 int RunAnalysis(Engine& e, std::string_view xml_path, std::optional<std::string_view> txt_path);
 
+// The end of a run at the axial capacity of the group after increment i: the LOG, both
+// documents and the host hear of it, and Project.ErrorCode tells a single pile (259) from
+// a group (260).
+void StopAtCapacity(Engine& e, int i);
+
 // Opens the run's outputs: closes the XML output of an earlier run and opens xml_path on
 // its unit; with a TXT path, closes the TXT report and opens that path. 1 if the XML
 // output is open afterwards (the TXT report may have failed; the run goes on without).

@@ -3,11 +3,23 @@
 // with the tolerance 1e-20.
 #pragma once
 
+#include <cmath>
+
 #include "engine/model.h"
 
 namespace quellon {
 
 constexpr float kPi = 3.1415927f;
+constexpr float kHalfPi = kPi * 0.5f;  // exact: 1.5707964f
+
+// The engine's test of a real against zero: a magnitude below 1e-20. The forms differ
+// for a value that is not a number, which is neither zero nor non-zero, so each call
+// site names the form whose answer for such a value it relies on.
+constexpr float kZero = 1.0e-20f;
+inline bool IsZero(float x) { return std::fabs(x) < kZero; }
+inline bool IsNonZero(float x) { return x > kZero || x < -kZero; }
+inline bool IsPositive(float x) { return x > kZero; }  // above the zero test
+inline bool Same(float a, float b) { return IsZero(a - b); }
 
 inline float DegreesToRadians(float x) { return (x * kPi) / 180.0f; }
 

@@ -112,7 +112,7 @@ int CreateWorkspace(Engine& e) {
   const Size K = 6;
   const bool nonlinear = e.project.NonLinear != 0;
   const Size N_nonlinear = nonlinear ? N : 0;
-  w.system = Workspace::SystemState{};
+  w.system.Reset();
 
   RealVector* const vectorsN[] = {
       &w.SoilDispInc,  &w.DispAxialInc,  &w.DispXInc,       &w.DispYInc,          &w.TwistInc,
@@ -149,7 +149,7 @@ int CreateWorkspace(Engine& e) {
     RealMatrix* m;
     Size rows, cols;
   };
-  const Shape square[] = {{&w.GD, N, N}, {&w.G, N, N}, {&w.D, M, N}, {&w.G0, N_nonlinear, N_nonlinear}};
+  const Shape square[] = {{&w.system.GD, N, N}, {&w.G, N, N}, {&w.D, M, N}, {&w.G0, N_nonlinear, N_nonlinear}};
   const Shape rest[] = {
       {&w.soil_K, M, M},            {&w.pair_K, M, M},          {&w.pile_D, M, M},
       {&w.HeadAxial, P, K},         {&w.HeadX, P, K},           {&w.HeadMomentXZ, P, K},
@@ -176,7 +176,7 @@ void ReleaseWorkspace(Engine& e) {
   // Every array goes, matrices first, whether or not it was made; the yield counters are
   // plain integers beside the arrays and are zeroed by their own routine, not here.
   ForEachArray(e.ws, [](auto& a) { a.release(); });
-  e.ws.system = Workspace::SystemState{};
+  e.ws.system.Reset();
 }
 
 }  // namespace quellon

@@ -20,58 +20,96 @@ namespace quellon {
 
 struct Engine;
 
+// The system matrix GD = G + D of the group and what it holds between increments. The
+// solve and the softening change what it holds only through the steps below, so that its
+// states stay those the two sides expect of each other.
+class GroupSystem {
+ public:
+  RealMatrix GD;  // N by N: the matrix, or after a solve its factors
+
+  bool HoldsFactors() const { return factorised_; }  // a solve has overwritten GD
+  bool Solved() const { return solved_; }            // ... and succeeded: Tractions solve it
+  bool Unchanged() const { return unchanged_; }      // the next system is the one solved
+  bool Planned() const { return planned_; }          // the softening's decisions are kept
+
+  // The softening: GD is a matrix again (planned: formed from the kept decisions), or
+  // the next system equals the one whose factors GD holds.
+  void MatrixFormed(bool planned) { *this = State{false, false, false, planned}; }
+  void MarkUnchanged() { unchanged_ = true; }
+  // The solve: whether the tractions in hand already solve the next system (the mark
+  // is used up either way); then the factorisation, and its success.
+  bool TakeUnchanged() {
+    const bool keep = unchanged_ && solved_;
+    unchanged_ = false;
+    return keep;
+  }
+  void Factorising() {
+    factorised_ = true;
+    solved_ = false;
+  }
+  void MarkSolved() { solved_ = true; }
+  void Reset() { *this = State{}; }
+
+ private:
+  struct State {
+    bool factorised = false, solved = false, unchanged = false, planned = false;
+  };
+  GroupSystem& operator=(const State& s) {
+    factorised_ = s.factorised;
+    solved_ = s.solved;
+    unchanged_ = s.unchanged;
+    planned_ = s.planned;
+    return *this;
+  }
+  bool factorised_ = false, solved_ = false, unchanged_ = false, planned_ = false;
+};
+
+// Grouped by what they hold over a run.
 struct Workspace {
-  // Vectors of N rows.
-  RealVector SoilDispInc;
+  // ---- The ground and the piles: made before the increments, read by every one.
+  RealMatrix G;       // N by N, the soil flexibility (softened in a non-linear run)
+  RealMatrix G0;      // N by N elastic copy in a non-linear run, empty otherwise
+  RealMatrix D;       // M by N: the diagonal blocks of the group's D, see PileFlexibility
+  GroupSystem system;  // GD and what it holds
+  RealMatrix soil_K, pair_K, pile_D;                        // M by M, one pile or pair at a time
+  RealMatrix SectionEA, SectionEIx, SectionEIy, SectionGJ;  // n + 1 by P
+  RealMatrix YamashitaEsv;  // n + 5 by P, created by the layer averaging during a run
+  RealMatrix UBCV;          // N by 6
+  RealVector LimitAxial, LimitX, LimitY, LimitTorsion;  // N, non-linear runs
+
+  // ---- The six unit cap movements, solved anew at every increment.
+  RealMatrix Tractions;                                                     // N by 6
+  RealMatrix UnitStressAxial, UnitStressX, UnitStressY, UnitStressTorsion;  // N by 6
+  RealMatrix HeadAxial, HeadX, HeadMomentXZ, HeadY, HeadMomentYZ, HeadTorque;  // P by 6
+
+  // ---- The increment in hand.
+  RealVector CapDispInc, CapLoadInc;  // 6, internal order: vertical, X, XZ, Y, YZ, twist
+  RealVector SoilDispInc;             // N
   RealVector DispAxialInc, DispXInc, DispYInc, TwistInc;
+  RealVector StressAxialInc, StressXInc, StressYInc, StressTorsionInc;
+  RealVector LoadAxialInc, ShearXInc, MomentXZInc, ShearYInc, MomentYZInc, TorqueInc;
+  RealVector HeadDispAxialInc, HeadDispXInc, HeadDispYInc, HeadTwistInc;  // P
+
+  // ---- Running totals of the increments so far, and their history.
+  RealVector CapDispTotal, CapLoadTotal;  // 6
   RealVector DispAxial, DispX, DispY, Twist;
-  RealVector StressAxialInc, StressXInc;
-  RealVector LoadAxialInc, ShearXInc, MomentXZInc;
-  RealVector StressYInc;
-  RealVector ShearYInc, MomentYZInc;
-  RealVector StressTorsionInc;
-  RealVector TorqueInc;
-  RealVector LimitAxial, LimitX, LimitY, LimitTorsion;
   RealVector StressAxial, StressX, StressY, StressTorsion;
   RealVector LoadAxial, ShearX, MomentXZ, ShearY, MomentYZ, Torque;
-  // Vectors of P rows.
-  RealVector HeadDispAxial, HeadDispX, HeadDispY, HeadTwist;
-  RealVector HeadDispAxialInc, HeadDispXInc, HeadDispYInc, HeadTwistInc;
-  RealVector PileHeadAxial, PileHeadX, PileHeadMomentXZ, PileHeadY, PileHeadMomentYZ, PileHeadTorque;
-  // Cap vectors of 6, internal order: vertical, X, XZ, Y, YZ, twist.
-  RealVector CapDispInc, CapDispTotal, CapLoadInc, CapLoadTotal;
+  RealVector HeadDispAxial, HeadDispX, HeadDispY, HeadTwist;  // P
+  RealVector PileHeadAxial, PileHeadX, PileHeadMomentXZ, PileHeadY, PileHeadMomentYZ, PileHeadTorque;  // P
+  RealMatrix HistoryDisp, HistoryLoad, HistoryDispInc;  // I by 6
 
-  // Matrices.
-  RealMatrix GD, G;  // N by N
-  RealMatrix D;      // M by N: the diagonal blocks of the group's D, see PileFlexibility
-  RealMatrix G0;     // N by N in a non-linear run, empty otherwise
-  LogicalMatrix Yielded;        // 4 by N
-  RealMatrix soil_K, pair_K, pile_D;  // M by M
-  RealMatrix HeadAxial, HeadX, HeadMomentXZ, HeadY, HeadMomentYZ, HeadTorque;  // P by 6
-  RealMatrix UnitStressAxial, UnitStressX, UnitStressY, UnitStressTorsion;    // N by 6
-  RealMatrix UBCV, Tractions;                                                  // N by 6
-  RealMatrix HistoryDisp, HistoryLoad, HistoryDispInc;                         // I by 6
-  RealMatrix SectionEA, SectionEIx, SectionEIy, SectionGJ;                     // n + 1 by P
-  RealMatrix YamashitaEsv;  // n + 5 by P, created by the layer averaging during a run
-
-  // The decisions of the last softening of a non-linear run, by unknown (N each, empty in
-  // a linear run): the factor its column of G0 was divided by, and the order of its last
-  // release and of its last release or restore (0 for none). G and GD are functions of
-  // G0, D and these, which lets the softening form GD again, or find that the next
-  // system is the one whose factors GD holds.
+  // ---- The state of the non-linear soil, carried from one softening to the next.
+  LogicalMatrix Yielded;  // 4 by N
+  // The decisions of the last softening (N each, empty in a linear run): the factor each
+  // unknown's column of G0 was divided by, and the order of its last release and of its
+  // last release or restore (0 for none). G and GD are functions of G0, D and these,
+  // which lets the softening form GD again, or find that the next system is the one
+  // whose factors GD holds.
   RealVector SoftFactor;
   IntegerVector SoftReleasedAt, SoftChangedAt;
-
   // Yield counters: how many times an element became yielded in each direction.
   int YieldCountAxial = 0, YieldCountX = 0, YieldCountY = 0, YieldCountTorsion = 0;
-
-  // What GD holds between increments.
-  struct SystemState {
-    bool factorised = false;  // a solve has overwritten GD with factors
-    bool solved = false;      // ... and succeeded: Tractions hold the solution
-    bool unchanged = false;   // the softening found the next system equal to the one solved
-    bool planned = false;     // SoftFactor and the rest hold the decisions of a softening
-  } system;
 };
 
 // Entry (i, j) of the group's pile flexibility D, N by N, from the blocks the workspace
@@ -89,7 +127,7 @@ inline float PileFlexibility(const RealMatrix& D, int i, int j) {
 // through here, so an array added to the workspace must be added here too.
 template <class F>
 void ForEachArray(Workspace& w, F&& f) {
-  for (RealMatrix* m : {&w.GD, &w.G, &w.D, &w.G0, &w.soil_K, &w.pair_K, &w.pile_D, &w.HeadAxial, &w.HeadX,
+  for (RealMatrix* m : {&w.system.GD, &w.G, &w.D, &w.G0, &w.soil_K, &w.pair_K, &w.pile_D, &w.HeadAxial, &w.HeadX,
                         &w.HeadMomentXZ, &w.HeadY, &w.HeadMomentYZ, &w.HeadTorque, &w.UnitStressAxial,
                         &w.UnitStressX, &w.UnitStressY, &w.UnitStressTorsion, &w.UBCV, &w.Tractions,
                         &w.HistoryDisp, &w.HistoryLoad, &w.HistoryDispInc, &w.SectionEA, &w.SectionEIx,

@@ -1,7 +1,6 @@
 #include <cstdio>
 #include <string>
 
-#include "engine/capi_guard.h"
 #include "engine/diagnostics.h"
 #include "engine/engine.h"
 #include "engine/fixed_text.h"
@@ -72,11 +71,3 @@ int ReadTMWFile(Engine& e, const std::string& path) {
 long TMWLineReached(const Engine& e) { return e.files.tmw.lines_read(); }
 
 }  // namespace quellon
-
-extern "C" QUELLON_API int READTMWFILEDIRECT(const char* path260) {
-  return quellon::Guarded([&] { return quellon::ReadTMWFile(quellon::TheEngine(), quellon::PaddedPathFromHost(path260)); });
-}
-
-extern "C" QUELLON_API int QuellonGetTMWLineNumber(void) {
-  return quellon::Guarded([] { return static_cast<int>(quellon::TMWLineReached(quellon::TheEngine())); });
-}

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "files/text_file.h"
+#include "engine/text_file.h"
 
 namespace quellon {
 

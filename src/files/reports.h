@@ -24,30 +24,37 @@ void PrintSolveVectors(Engine& e);
 void PrintUnitStresses(Engine& e);
 // After CalcHeadLoads: the pile head loads due to unit cap movements (20).
 void PrintUnitHeadLoads(Engine& e);
-// From CalcStiffnessDisplsStressesLoads: the coefficient tables of a linear run
-// (flags 21, 22). t: 6 by 6, row-major t[a][b], external axes, scaled and cut.
+// The group stiffness k and flexibility (internal axes, column-major 6 by 6) of a linear
+// run in both documents (flags 21, 22), as the tables below.
+void WriteGroupStiffness(Engine& e, const float k[36]);
+void WriteGroupFlexibility(Engine& e, const float flex[36]);
+// The coefficient tables. t: 6 by 6, row-major t[a][b], external axes, scaled and cut.
 void WriteTXTGroupStiffness(Engine& e, const float t[6][6]);
 void WriteTXTGroupFlexibility(Engine& e, const float t[6][6]);
 // After SplitSoilDisplacements: the incremental displacements (17).
 void PrintIncrementalDisplacements(Engine& e);
-// From Update after the softening: G (5) and GD (6) of a non-linear run.
+// After the softening: G (5) and GD (6) of a non-linear run. GD is shown as a matrix,
+// which the caller must have formed (FormUnchangedSystem) when the report shows it.
 void PrintNonLinearMatrices(Engine& e, int increment);
-// From Update: the result tables of the increment.
+bool ReportShowsSystemMatrix(const Engine& e);
+// The result tables of the increment.
 void WriteTXTIncrementResults(Engine& e, int increment);
-// From Update when the whole group has yielded axially.
+// When the whole group has yielded axially.
 void WriteTXTCapacityStop(Engine& e, int increment);
 
 // ---- XML output ------------------------------------------------------------------
 void WriteXMLHeader(Engine& e);
 void WriteXMLInput(Engine& e);
 void WriteXMLOutputStart(Engine& e);
-// From CalcStiffnessDisplsStressesLoads (flags 21, 22 of a linear run); t as above.
+// The group tables (flags 21, 22 of a linear run); t as above.
 void WriteXMLGroupStiffness(Engine& e, const float t[6][6]);
 void WriteXMLGroupFlexibility(Engine& e, const float t[6][6]);
-// From Update: the pile cap block with its callbacks, the piles block and, at the
-// last increment, the summary of the increments.
-void WriteXMLIncrement(Engine& e, int increment);
-// From Update when the whole group has yielded axially.
+// The results of an increment: the pile cap block (flag 25), whose values the host then
+// receives (NotifyPileCap), and the piles block and, at the last increment, the summary
+// of the increments.
+bool WriteXMLPileCap(Engine& e);
+void WriteXMLPiles(Engine& e, int increment);
+// When the whole group has yielded axially.
 void WriteXMLCapacityStop(Engine& e);
 void WriteXMLOutputEnd(Engine& e);
 

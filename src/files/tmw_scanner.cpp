@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cstddef>
 
-#include "files/text_file.h"
+#include "engine/text_file.h"
 #include "files/tmw_diagnostics.h"
 
 namespace quellon {

@@ -176,6 +176,8 @@ void PrintIncrementalDisplacements(Engine& e) {
   PrintVector(e, out, w.TwistInc, c.n * c.P);
 }
 
+bool ReportShowsSystemMatrix(const Engine& e) { return TXTOpen(e) && e.project.NonLinear && e.project.Flag(6); }
+
 void PrintNonLinearMatrices(Engine& e, int increment) {
   if (!TXTOpen(e) || !e.project.NonLinear) return;
   ReportOut out = TXTOut(e);
@@ -187,7 +189,7 @@ void PrintNonLinearMatrices(Engine& e, int increment) {
   if (e.project.Flag(6)) {
     out.line("G+D -Non-linear soil+pile flexib. matrix of the group after zeroing at increm. no." +
              FormatInt(increment, 4));
-    PrintMatrix(e, out, e.ws.GD, c.N, c.N);
+    PrintMatrix(e, out, e.ws.system.GD, c.N, c.N);
   }
 }
 

@@ -118,7 +118,7 @@ void WriteGroupSettings(const Engine& e, ReportOut& out) {
     out.line(" Limiting spacing for pile interaction       =" + FormatFix(pr.InteractionDistance, 8, 3));
   }
   const float rigid = e.borehole.DepthToRigidLayer;
-  if (std::fabs(rigid) < 1e-20f)
+  if (IsZero(rigid))
     out.line(" Depth to underlying rigid layer             =  None");
   else
     out.line(" Depth to underlying rigid layer             =" + FormatFix(rigid, 8, 3));
@@ -149,7 +149,7 @@ void WriteLayerTable(const Engine& e, ReportOut& out) {
 
 // A strength cap of the layer, or "None" when it is not above 1e-20.
 std::string CapLine(const char* text, float cap) {
-  if (cap > 1e-20f) return text + FormatFix(cap, 6, 1) + " kPa";
+  if (IsPositive(cap)) return text + FormatFix(cap, 6, 1) + " kPa";
   return std::string(text) + "None";
 }
 

@@ -1,9 +1,7 @@
 #include <algorithm>
 #include <cstdio>
-#include <optional>
 #include <string>
 
-#include "engine/capi_guard.h"
 #include "engine/file_units.h"
 #include "engine/engine.h"
 #include "engine/fixed_text.h"
@@ -225,17 +223,3 @@ int CreateTMKFile(Engine& e, const std::string& path) {
 }
 
 }  // namespace quellon
-
-extern "C" QUELLON_API int QuellonCreateTMKFile(const char* path) {
-  return quellon::Guarded([&] {
-    // At most 260 characters, trailing blanks off; a longer path is refused before the
-    // TMK file in hand is closed.
-    const std::optional<std::string> p = quellon::PathWithinWidth(quellon::TheEngine(), path);
-    return p ? quellon::CreateTMKFile(quellon::TheEngine(), *p) : 0;
-  });
-}
-
-extern "C" QUELLON_API int WRITETMKFILEDIRECT(const char* path260) {
-  return quellon::Guarded(
-      [&] { return quellon::CreateTMKFile(quellon::TheEngine(), quellon::PaddedPathFromHost(path260)); });
-}

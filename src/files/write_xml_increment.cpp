@@ -1,12 +1,12 @@
 // The results of an increment in the XML output: the pile group stiffness of a linear
-// run, the pile cap with its callbacks, every element of every pile, and at the last
+// run, the pile cap, every element of every pile, and at the last
 // increment of a non-linear run the summary of the increments before it.
 #include <algorithm>
 #include <cmath>
 #include <string>
 
 #include "engine/engine.h"
-#include "engine/notify.h"
+#include "engine/group_layout.h"
 #include "files/reports.h"
 #include "files/xml_document.h"
 #include "files/xml_writing.h"
@@ -39,11 +39,10 @@ bool YieldedAt(const LogicalMatrix& y, int row, int i) {
 float CutLoad(float v) { return std::fabs(v) < 0.001f ? 0.0f : v; }
 float CutMovement(float v) { return std::fabs(v) < 1e-6f ? 0.0f : v; }
 
-// Cap vectors are held in the internal order (vertical, X, XZ, Y, YZ, twist); the
-// document gives forces and displacements X, Y, Z from 2, 4, 1 and moments and
-// rotations about X, Y, Z from 5, 3, 6.
-constexpr int kLinear[3] = {2, 4, 1};
-constexpr int kAngular[3] = {5, 3, 6};
+// Cap vectors are held in the internal order; the document gives forces and
+// displacements X, Y, Z, then moments and rotations about X, Y, Z: the external order.
+constexpr const int* kLinear = kInternalAxis;
+constexpr const int* kAngular = kInternalAxis + 3;
 
 void WriteCapActions(TextFile& out, const float load[7]) {
   for (int a = 0; a < 3; ++a) WriteXMLAxisValue(out, 20, "Force", kAxes[a], CutLoad(load[kLinear[a]]), "kN");
@@ -59,7 +58,7 @@ void WriteCapEffects(TextFile& out, const float move[7], float tol) {
   }
 }
 
-void WritePileCap(Engine& e, TextFile& out, int increment) {
+void WritePileCap(const Engine& e, TextFile& out) {
   const Workspace& ws = e.ws;
   float load[7] = {};
   float move[7] = {};
@@ -72,15 +71,12 @@ void WritePileCap(Engine& e, TextFile& out, int increment) {
   WriteXMLAxisValue(out, 20, "Position", "X", e.foundation.CentreOfRotationX, "m");
   WriteXMLAxisValue(out, 20, "Position", "Y", e.foundation.CentreOfRotationY, "m");
   WriteXMLLine(out, 16, "</Centre-Of-Rotation>");
-  NotifyCentreOfRotation(e);
   WriteXMLLine(out, 16, "<Actions>");
   WriteCapActions(out, load);
   WriteXMLLine(out, 16, "</Actions>");
-  NotifyPileCapLoads(e, increment);
   WriteXMLLine(out, 16, "<Effects>");
   WriteCapEffects(out, move, 1e-4f);
   WriteXMLLine(out, 16, "</Effects>");
-  NotifyPileCapDisplacements(e, increment);
   WriteXMLLine(out, 12, "</Pile-Cap>");
 }
 
@@ -254,14 +250,20 @@ void WriteXMLGroupFlexibility(Engine& e, const float t[6][6]) {
   }
 }
 
-void WriteXMLIncrement(Engine& e, int increment) {
+bool WriteXMLPileCap(Engine& e) {
+  TextFile* out = XMLOutput(e);
+  if (out == nullptr || !e.project.Flag(25)) return false;
+  WritePileCap(e, *out);
+  return true;
+}
+
+void WriteXMLPiles(Engine& e, int increment) {
   TextFile* out = XMLOutput(e);
   if (out == nullptr) return;
   const Project& pr = e.project;
   XMLDocumentState& doc = XMLDocument(e);
   const bool last = increment == e.actions.NumberOfIncrements;
 
-  if (pr.Flag(25)) WritePileCap(e, *out, increment);
   if (pr.Flag(27) && pr.Flag(28) && pr.Flag(31)) {
     WritePiles(e, *out, pr.Flag(25) ? 12 : 0);
     // The run's element closes behind the piles of its last increment. An earlier

@@ -120,8 +120,8 @@ void WriteLayerInput(TextFile& out, const Layer& l, int i, bool nonlinear, float
     WriteXMLLine(out, 20, Element("Name", XMLText(l.GroundName.trimmed())));
     WriteXMLValue(out, 20, "EffectiveWeightDensity", l.WeightDensity, "kN/m^3", tol);
     WriteGroundInput(out, l, tol);
-    if (l.MaxSkinFriction > 1e-20f) WriteXMLValue(out, 20, "MaxUnitShaftResistance", l.MaxSkinFriction, "kPa", tol);
-    if (l.MaxBearingPressure > 1e-20f) {
+    if (IsPositive(l.MaxSkinFriction)) WriteXMLValue(out, 20, "MaxUnitShaftResistance", l.MaxSkinFriction, "kPa", tol);
+    if (IsPositive(l.MaxBearingPressure)) {
       WriteXMLValue(out, 20, "MaxUnitBaseResistance", l.MaxBearingPressure, "kPa", tol);
     }
     WriteXMLLine(out, 16, "</Soil>");
@@ -202,8 +202,8 @@ void WriteXMLInput(Engine& e) {
   if (nonlinear && layers > 0 && bh.Layers(layers).GroundType == kCoarseSoil && pr.AutoNq != 1) {
     WriteXMLValue(*out, 8, "BearingCapacityFactor", pr.Nq, {}, tol);
   }
-  const bool shaft_limit = pr.LimitingShaftFriction > 1e-20f;
-  const bool base_limit = pr.LimitingBearingPressure > 1e-20f;
+  const bool shaft_limit = IsPositive(pr.LimitingShaftFriction);
+  const bool base_limit = IsPositive(pr.LimitingBearingPressure);
   if (nonlinear && (shaft_limit || base_limit)) {
     WriteXMLLine(*out, 8, "<LimitingStresses>");
     if (shaft_limit) WriteXMLValue(*out, 12, "MaxUnitShaftResistance", pr.LimitingShaftFriction, "kPa", tol);

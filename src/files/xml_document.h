@@ -11,12 +11,8 @@
 namespace quellon {
 
 struct Engine;
+struct XMLDocumentState;  // in engine.h, beside the other state of the engine's files
 class TextFile;
-
-struct XMLDocumentState {
-  bool increment_open = false;   // the <Increment> that WriteXMLOutputStart opened
-  bool pile_group_open = false;  // <Pile-Group> of a linear increment
-};
 
 // The XML output of the engine, or null when its unit is closed.
 TextFile* XMLOutput(Engine& e);

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "files/number_forms.h"
-#include "files/text_file.h"
+#include "engine/text_file.h"
 #include "files/text_model_numbers.h"
 
 namespace quellon {

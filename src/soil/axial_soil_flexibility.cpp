@@ -20,8 +20,8 @@ struct AxialLayout {
   float base_area = 0.0f;  // the base's own area
   float Wb = 0.0f;         // area of the base acting on the shaft
   float zb = 0.0f;         // depth of the base
-  SoilPoint base;          // base point in plan under a raked pile
-  std::vector<SoilPoint> mid;  // [i - 1], element mid-points
+  Point3 base;          // base point in plan under a raked pile
+  std::vector<Point3> mid;  // [i - 1], element mid-points
 };
 
 AxialLayout LayOut(const SoilGround& g, const Pile& pile) {
@@ -45,7 +45,7 @@ AxialLayout LayOut(const SoilGround& g, const Pile& pile) {
   l.base = {-l.a.s * L, -l.e.s * L, l.zb};
   // Mid-points are reached step by step from the first, in single precision.
   l.mid.resize(static_cast<std::size_t>(n));
-  SoilPoint m{0.5f * dxs, 0.5f * dys, g.z0 + 0.5f * dz};
+  Point3 m{0.5f * dxs, 0.5f * dys, g.z0 + 0.5f * dz};
   for (int i = 1; i <= n; ++i) {
     if (i > 1) m = {m.x + dxs, m.y + dys, m.z + dz};
     l.mid[static_cast<std::size_t>(i - 1)] = m;
@@ -61,11 +61,11 @@ void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int 
   if (n < 1) return;
   const bool poulos = g.poulos();
 
-  std::vector<PointSoil> soil(static_cast<std::size_t>(n));
+  std::vector<LocalSoil> soil(static_cast<std::size_t>(n));
   for (int i = 1; i <= n; ++i) soil[static_cast<std::size_t>(i - 1)] = SoilAtPoint(g, l.mid[i - 1].z, p, i);
-  const PointSoil base_soil = SoilAtPoint(g, l.zb, p, n + 1);
-  auto mid = [&l](int i) -> const SoilPoint& { return l.mid[static_cast<std::size_t>(i - 1)]; };
-  auto at = [&soil](int i) -> const PointSoil& { return soil[static_cast<std::size_t>(i - 1)]; };
+  const LocalSoil base_soil = SoilAtPoint(g, l.zb, p, n + 1);
+  auto mid = [&l](int i) -> const Point3& { return l.mid[static_cast<std::size_t>(i - 1)]; };
+  auto at = [&soil](int i) -> const LocalSoil& { return soil[static_cast<std::size_t>(i - 1)]; };
 
   // Shaft on shaft. The direct terms of an element on itself are integrated in closed
   // form over its surface; the bounded image terms stay a point evaluation.
@@ -85,9 +85,9 @@ void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int 
 
   // Base on itself, at the plan origin: field and source coincide, so only the image
   // terms are evaluated at the point and the direct term is integrated over the disc.
-  const SoilPoint centre{0.0f, 0.0f, l.zb};
+  const Point3 centre{0.0f, 0.0f, l.zb};
   const SoilValues vb = BaseOnItselfSoilValues(g, l.zb, l.zb, p);
-  soil_K(n + 1, n + 1) = BaseSelfIntegral(vb.nu, vb.Av, pile.BaseDiameter) +
+  soil_K(n + 1, n + 1) = BaseSelfIntegral(pile.BaseDiameter, vb.nu, vb.Av) +
                          MindlinAxialImage(vb.Av, vb.nu, centre, centre, l.base_area, l.a, l.e);
 
   for (int i = 1; i <= n; ++i) {
@@ -102,7 +102,7 @@ void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int 
 
 void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K) {
   const float depth = g.borehole->DepthToRigidLayer;
-  if (!(depth > 1e-20f || depth < -1e-20f)) return;
+  if (!IsNonZero(depth)) return;
   const AxialLayout l = LayOut(g, pile);
   const int n = l.n;
   if (n < 1) return;
@@ -112,23 +112,23 @@ void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, Rea
   // point. The ground of a term is read at the rigid layer's level for Poisson's ratio and
   // the mean modulus, and by the element numbers of the entry for the smoothed modulus.
   const float zr = depth + g.z0;
-  const SoilPoint F{0.0f, 0.0f, zr};
-  std::vector<PointSoil> source(static_cast<std::size_t>(n));
-  std::vector<PointSoil> field(static_cast<std::size_t>(n + 1));
+  const Point3 F{0.0f, 0.0f, zr};
+  std::vector<LocalSoil> source(static_cast<std::size_t>(n));
+  std::vector<LocalSoil> field(static_cast<std::size_t>(n + 1));
   for (int k = 1; k <= n; ++k) source[static_cast<std::size_t>(k - 1)] = SoilAtPoint(g, l.mid[k - 1].z, p, k);
   for (int k = 1; k <= n + 1; ++k) field[static_cast<std::size_t>(k - 1)] = SoilAtPoint(g, zr, p, k);
-  const PointSoil base_soil = SoilAtPoint(g, l.zb, p, n + 1);
-  auto mid = [&l](int i) -> const SoilPoint& { return l.mid[static_cast<std::size_t>(i - 1)]; };
+  const LocalSoil base_soil = SoilAtPoint(g, l.zb, p, n + 1);
+  auto mid = [&l](int i) -> const Point3& { return l.mid[static_cast<std::size_t>(i - 1)]; };
 
   for (int j = 1; j <= n; ++j) {
-    const PointSoil& sj = source[static_cast<std::size_t>(j - 1)];
+    const LocalSoil& sj = source[static_cast<std::size_t>(j - 1)];
     for (int i = 1; i <= n + 1; ++i) {  // row n + 1: the base as field
       const SoilValues v = CombineSoil(field[static_cast<std::size_t>(i - 1)], sj, poulos);
       soil_K(i, j) = soil_K(i, j) - MindlinAxial(v.Av, v.nu, F, mid(j), l.Ws, l.a, l.e);
     }
   }
   const SoilValues vb = BaseOnItselfSoilValues(g, zr, l.zb, p);
-  const SoilPoint centre{0.0f, 0.0f, l.zb};
+  const Point3 centre{0.0f, 0.0f, l.zb};
   soil_K(n + 1, n + 1) = soil_K(n + 1, n + 1) - MindlinAxial(vb.Av, vb.nu, F, centre, l.base_area, l.a, l.e);
   for (int i = 1; i <= n; ++i) {
     const SoilValues v = CombineSoil(field[static_cast<std::size_t>(i - 1)], base_soil, poulos);
@@ -138,14 +138,14 @@ void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, Rea
 
 int RigidLayerMeetsPile(const SoilGround& g, const Pile& pile) {
   const float depth = g.borehole->DepthToRigidLayer;
-  if (!(depth > 1e-20f || depth < -1e-20f) || g.n < 1) return 0;
+  if (!IsNonZero(depth) || g.n < 1) return 0;
   const AxialLayout l = LayOut(g, pile);
-  const SoilPoint F{0.0f, 0.0f, depth + g.z0};
-  auto same = [&F](const SoilPoint& a) { return a.x == F.x && a.y == F.y && a.z == F.z; };
+  const Point3 F{0.0f, 0.0f, depth + g.z0};
+  auto same = [&F](const Point3& a) { return a.x == F.x && a.y == F.y && a.z == F.z; };
   for (int j = 1; j <= l.n; ++j) {
     if (same(l.mid[static_cast<std::size_t>(j - 1)])) return j;
   }
-  if (same(l.base) || same(SoilPoint{0.0f, 0.0f, l.zb})) return l.n + 1;
+  if (same(l.base) || same(Point3{0.0f, 0.0f, l.zb})) return l.n + 1;
   return 0;
 }
 

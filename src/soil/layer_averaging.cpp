@@ -95,8 +95,8 @@ void FillYamashitaColumn(const Borehole& b, const Pile& pile, int n, float z0, i
   for (int k = 1; k <= n + 5; ++k) yamashita_esv(k, p) = VerticalModulusAt(b, depths[k - 1]);
 }
 
-PointSoil SoilAtPoint(const SoilGround& g, float z, int pile, int element) {
-  PointSoil s;
+LocalSoil SoilAtPoint(const SoilGround& g, float z, int pile, int element) {
+  LocalSoil s;
   s.nu = PoissonRatioAt(*g.borehole, z);
   s.Eh = HorizontalModulusAt(*g.borehole, z);
   if (g.poulos()) {

@@ -59,10 +59,10 @@ struct SoilGround {
 // treatment, the smoothed modulus of its element (element n + 1 for the base). The depth
 // and the element are separate inputs because the rigid layer terms read the depth of
 // the rigid layer with the element numbers of the pile.
-struct PointSoil {
+struct LocalSoil {
   float nu = 0.0f, Ev = 0.0f, Eh = 0.0f, Ym = 0.0f;
 };
-PointSoil SoilAtPoint(const SoilGround& g, float z, int pile, int element);
+LocalSoil SoilAtPoint(const SoilGround& g, float z, int pile, int element);
 
 // The factors that link a field point to a source point: Poisson's ratio, the vertical
 // factor Av and the horizontal factor Ah.
@@ -72,7 +72,7 @@ struct SoilValues {
 
 // The means of a field point f and a source point s. With the smoothed treatment Av is
 // 2 c0 over the sum of the two smoothed moduli, otherwise c0 over the mean modulus.
-inline SoilValues CombineSoil(const PointSoil& f, const PointSoil& s, bool poulos) {
+inline SoilValues CombineSoil(const LocalSoil& f, const LocalSoil& s, bool poulos) {
   SoilValues v;
   v.nu = (f.nu + s.nu) * 0.5f;
   const float c0 = MindlinCoefficient(v.nu);

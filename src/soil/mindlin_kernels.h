@@ -25,9 +25,12 @@
 #include <xmmintrin.h>
 #endif
 
+#include "engine/utilities.h"
+
 namespace quellon {
 
-struct SoilPoint {
+// A point of the ground: x, y across, z the depth below the surface.
+struct Point3 {
   float x, y, z;
 };
 
@@ -126,7 +129,7 @@ inline V Hv(const Common<V>& m, V z, V c) {
   return (m.k2 + 6.0f * c * z * zpc2 / (m.R2sq * m.R2sq)) / m.R2 + (m.b * zpc2 - 2.0f * c * z) / m.R2cube;
 }
 
-inline ImageTerms Image(float nu, const SoilPoint& f, const SoilPoint& s) {
+inline ImageTerms Image(float nu, const Point3& f, const Point3& s) {
   const Common<float> m = CommonTerms(nu, f.x, f.y, f.z, s.x, s.y, s.z);
   ImageTerms t;
   t.dx = m.dx;
@@ -159,7 +162,7 @@ inline TermsOf<V> AllTerms(V nu, V x, V y, V z, V xs, V ys, V c) {
   return t;
 }
 
-inline Terms All(float nu, const SoilPoint& f, const SoilPoint& s) {
+inline Terms All(float nu, const Point3& f, const Point3& s) {
   return AllTerms(nu, f.x, f.y, f.z, s.x, s.y, s.z);
 }
 
@@ -179,14 +182,14 @@ inline InfluencesOf<V> InfluencesFromTerms(const mindlin_detail::TermsOf<V>& t) 
 }
 
 // The seven influences at field point f of a point load at source point s.
-inline Influences MindlinInfluences(float nu, const SoilPoint& f, const SoilPoint& s) {
+inline Influences MindlinInfluences(float nu, const Point3& f, const Point3& s) {
   return InfluencesFromTerms(mindlin_detail::All(nu, f, s));
 }
 
 // Displacement along the axis of a pile raked by a about X and e about Y, from a unit
 // traction along the same axis. Load and displacement are both projected on the axis,
 // so the coupling terms Q and T cancel and only Kd remains.
-inline float MindlinAxial(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, Trig a, Trig e) {
+inline float MindlinAxial(float A, float nu, const Point3& f, const Point3& s, float W, Trig a, Trig e) {
   const mindlin_detail::Terms t = mindlin_detail::All(nu, f, s);
   const float Ixx = t.Hhx + t.Dhx;
   const float Iyy = t.Hhy + t.Dhy;
@@ -198,7 +201,7 @@ inline float MindlinAxial(float A, float nu, const SoilPoint& f, const SoilPoint
 
 // The image part of MindlinAxial: what remains of an element on itself once the
 // singular direct terms have been integrated in closed form.
-inline float MindlinAxialImage(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, Trig a,
+inline float MindlinAxialImage(float A, float nu, const Point3& f, const Point3& s, float W, Trig a,
                                Trig e) {
   const mindlin_detail::ImageTerms t = mindlin_detail::Image(nu, f, s);
   return A * W *
@@ -208,14 +211,14 @@ inline float MindlinAxialImage(float A, float nu, const SoilPoint& f, const Soil
 
 // Displacement normal to a pile lying in the XZ plane, t being its rake plus a right
 // angle, from a unit traction in the same direction.
-inline float MindlinTransverse(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, Trig t) {
+inline float MindlinTransverse(float A, float nu, const Point3& f, const Point3& s, float W, Trig t) {
   const mindlin_detail::Terms m = mindlin_detail::All(nu, f, s);
   const float Ixx = m.Hhx + m.Dhx;
   const float Izz = m.Hv + m.Dv;
   return A * W * ((Ixx * t.s - 2.0f * m.dx * m.Kd * t.c) * t.s + Izz * (t.c * t.c));
 }
 
-inline float MindlinTransverseImage(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W,
+inline float MindlinTransverseImage(float A, float nu, const Point3& f, const Point3& s, float W,
                                     Trig t) {
   const mindlin_detail::ImageTerms m = mindlin_detail::Image(nu, f, s);
   return A * W * (m.Hhx * (t.s * t.s) - 2.0f * m.dx * m.Ki * t.s * t.c + m.Hv * (t.c * t.c));
@@ -236,34 +239,37 @@ inline V MindlinTorsionY(V A, V W, const mindlin_detail::TermsOf<V>& t, Trig e) 
   const V Izz = t.Hv + t.Dv;
   return A * W * ((2.0f * t.dy * t.Kd * e.c + Izz * e.s) * e.s + Iyy * (e.c * e.c));
 }
-inline float MindlinTorsionX(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, Trig a) {
+inline float MindlinTorsionX(float A, float nu, const Point3& f, const Point3& s, float W, Trig a) {
   return MindlinTorsionX(A, W, mindlin_detail::All(nu, f, s), a);
 }
-inline float MindlinTorsionY(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, Trig e) {
+inline float MindlinTorsionY(float A, float nu, const Point3& f, const Point3& s, float W, Trig e) {
   return MindlinTorsionY(A, W, mindlin_detail::All(nu, f, s), e);
 }
 
 // The same kernels with the angles in radians.
-inline float MindlinAxial(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, float a, float e) {
+inline float MindlinAxial(float A, float nu, const Point3& f, const Point3& s, float W, float a, float e) {
   return MindlinAxial(A, nu, f, s, W, TrigOf(a), TrigOf(e));
 }
-inline float MindlinAxialImage(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, float a,
+inline float MindlinAxialImage(float A, float nu, const Point3& f, const Point3& s, float W, float a,
                                float e) {
   return MindlinAxialImage(A, nu, f, s, W, TrigOf(a), TrigOf(e));
 }
-inline float MindlinTransverse(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, float t) {
+inline float MindlinTransverse(float A, float nu, const Point3& f, const Point3& s, float W, float t) {
   return MindlinTransverse(A, nu, f, s, W, TrigOf(t));
 }
-inline float MindlinTransverseImage(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W,
+inline float MindlinTransverseImage(float A, float nu, const Point3& f, const Point3& s, float W,
                                     float t) {
   return MindlinTransverseImage(A, nu, f, s, W, TrigOf(t));
 }
-inline float MindlinTorsionX(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, float a) {
+inline float MindlinTorsionX(float A, float nu, const Point3& f, const Point3& s, float W, float a) {
   return MindlinTorsionX(A, nu, f, s, W, TrigOf(a));
 }
-inline float MindlinTorsionY(float A, float nu, const SoilPoint& f, const SoilPoint& s, float W, float e) {
+inline float MindlinTorsionY(float A, float nu, const Point3& f, const Point3& s, float W, float e) {
   return MindlinTorsionY(A, nu, f, s, W, TrigOf(e));
 }
+
+// The three self integrals take the geometry first, then Poisson's ratio nu and the
+// modulus factor A.
 
 // Direct term Dv of a shaft element on itself, for the vertical pile, integrated over a
 // cylinder of radius b and height 2a with the field point on the axis at mid-height:
@@ -277,13 +283,13 @@ inline float AxialSelfIntegral(float a, float b, float nu, float A) {
 // Direct term b/R1 of a shaft element on itself, integrated over the flat rectangle of
 // half-sizes a and b centred on the field point (its projected area). The u^2/R1^3 part
 // is left out.
-inline float TransverseSelfIntegral(float a, float b, float A, float nu) {
+inline float TransverseSelfIntegral(float a, float b, float nu, float A) {
   const float r = std::sqrt(a * a + b * b);
   return (3.0f - 4.0f * nu) * A * 4.0f * (a * std::log((b + r) / a) + b * std::log((r + a) / b));
 }
 
 // Direct term b/R1 of the base on itself, integrated over a disc of diameter Db centred
 // on the field point.
-inline float BaseSelfIntegral(float nu, float A, float Db) { return (3.0f - 4.0f * nu) * 3.1415927f * A * Db; }
+inline float BaseSelfIntegral(float Db, float nu, float A) { return (3.0f - 4.0f * nu) * kPi * A * Db; }
 
 }  // namespace quellon

@@ -37,7 +37,7 @@ PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, int index, bool wit
   base.z = g.z0 + axis.a.c * axis.e.c * pile.Length;
   if (with_soil) base.soil = SoilAtPoint(g, base.z, index, n + 1);
   const float depth = g.borehole->DepthToRigidLayer;
-  if (with_soil && (depth > 1e-20f || depth < -1e-20f)) {
+  if (with_soil && IsNonZero(depth)) {
     const float zr = depth + g.z0;
     for (int k = 1; k <= n + 1; ++k) axis.points[static_cast<std::size_t>(k - 1)].rigid = SoilAtPoint(g, zr, index, k);
   }
@@ -116,8 +116,8 @@ struct SourceAreas {
   float Ws, Wt, base_area, Wb;
 
   explicit SourceAreas(const Pile& q, int n) {
-    Ws = q.ShaftDiameter * 3.1415927f * q.Length / static_cast<float>(n);  // surface
-    Wt = Ws / 3.1415927f;                                                  // projection
+    Ws = q.ShaftDiameter * kPi * q.Length / static_cast<float>(n);  // surface
+    Wt = Ws / kPi;                                                  // projection
     base_area = BaseArea(q);
     const float mean_diameter = (q.ShaftDiameter + q.BaseDiameter) * 0.5f;
     const float Wm = 0.7853982f * (mean_diameter * mean_diameter);
@@ -144,7 +144,7 @@ inline void Put(float& to, Float4 v) { Store4(&to, v); }  // rows to .. to + 3 o
 // consecutive elements from i, with V = Float4).
 template <class V>
 void ShaftOnShaft(const Directions& dir, const SourceAreas& w, int n, int i, int j, V nu, V Av, V Ah, V fx,
-                  V fy, V fz, const SoilPoint& S, RealMatrix& pair_K) {
+                  V fy, V fz, const Point3& S, RealMatrix& pair_K) {
   const V Am = (Av + Ah) * 0.5f;
   const InfluencesOf<V> I = InfluencesFromTerms(
       mindlin_detail::AllTerms(nu, fx, fy, fz, Broadcast<V>(S.x), Broadcast<V>(S.y), Broadcast<V>(S.z)));
@@ -157,10 +157,9 @@ void ShaftOnShaft(const Directions& dir, const SourceAreas& w, int n, int i, int
   Put(pair_K(2 * n + 1 + i, 2 * n + 1 + j), Ah * w.Wt * dir.YY(I));
 }
 
-bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
 // Field point on the rigid layer directly below the soil entry point of p, in q's frame.
-SoilPoint RigidLayerPoint(const SoilGround& g, const PairSpacing& d) {
+Point3 RigidLayerPoint(const SoilGround& g, const PairSpacing& d) {
   return {d.Dx, d.Dy, g.borehole->DepthToRigidLayer + g.z0};
 }
 
@@ -196,16 +195,16 @@ struct TorsionRing {
       ring_s[k] = ring[k].s;
     }
   }
-  SoilPoint Field(int i) const {
+  Point3 Field(int i) const {
     const float k = static_cast<float>(i) - 0.5f;
     return {-k * p->a.s * p->h, -k * p->e.s * p->h, zp + k * p->a.c * p->e.c * p->h};
   }
   // Centre of slice v of element j, as (x_m, y_m, z_m).
-  SoilPoint Slice(int j, int v) const {
+  Point3 Slice(int j, int v) const {
     const float m = static_cast<float>(8 * (j - 1) + v) - 0.5f;
     return {m * dxs, m * dys, zp + m * dzs};
   }
-  SoilPoint Point(const SoilPoint& slice, const Trig& t) const {
+  Point3 Point(const Point3& slice, const Trig& t) const {
     return {t.c * ring_x + offset_x + slice.x, t.s * ring_y + offset_y + slice.y, slice.z};
   }
 };
@@ -217,11 +216,11 @@ void TorsionBetweenPiles(const SoilGround& g, const PileAxis& p, const PileAxis&
   const TorsionRing tr(p, q, d);
   for (int j = 1; j <= n; ++j) {
     for (int i = 1; i <= n; ++i) {
-      const SoilPoint F = tr.Field(i);
-      const PointSoil field_soil = SoilAtPoint(g, F.z, p.index, i);
+      const Point3 F = tr.Field(i);
+      const LocalSoil field_soil = SoilAtPoint(g, F.z, p.index, i);
       float sum = 0.0f;
       for (int v = 1; v <= 8; ++v) {
-        const SoilPoint c = tr.Slice(j, v);
+        const Point3 c = tr.Slice(j, v);
         const SoilValues sv = CombineSoil(field_soil, SoilAtPoint(g, c.z, q.index, j), poulos);
         // Four ring points at a time, then their contributions summed one by one, in order.
         const Float4 nu = Splat(sv.nu), Fx = Splat(F.x), Fy = Splat(F.y), Fz = Splat(F.z), Qz = Splat(c.z);
@@ -245,7 +244,7 @@ void TorsionBetweenPiles(const SoilGround& g, const PileAxis& p, const PileAxis&
 }  // namespace
 
 bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& d, const Pile& q) {
-  return NonZero(rule.Mz) && d.s < 10.0f * q.ShaftDiameter;
+  return IsNonZero(rule.Mz) && d.s < 10.0f * q.ShaftDiameter;
 }
 
 void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,
@@ -266,14 +265,14 @@ void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule
   // Shaft on shaft, four field elements at a time where four remain: rows i..i + 3 of a
   // column are contiguous, and each lane does what the one-element form does.
   for (int j = 1; j <= n; ++j) {
-    const SoilPoint S = source(j);
-    const PointSoil& sj = q.at(j).soil;
+    const Point3 S = source(j);
+    const LocalSoil& sj = q.at(j).soil;
     int i = 1;
     for (; i + 3 <= n; i += 4) {
       alignas(16) float nu[4], Av[4], Ah[4], fx[4], fy[4], fz[4];
       for (int l = 0; l < 4; ++l) {
         const SoilValues v = CombineSoil(p.at(i + l).soil, sj, poulos);
-        const SoilPoint F = field(i + l);
+        const Point3 F = field(i + l);
         nu[l] = v.nu;
         Av[l] = v.Av;
         Ah[l] = v.Ah;
@@ -285,7 +284,7 @@ void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule
     }
     for (; i <= n; ++i) {
       const SoilValues v = CombineSoil(p.at(i).soil, sj, poulos);
-      const SoilPoint F = field(i);
+      const Point3 F = field(i);
       ShaftOnShaft(dir, w, n, i, j, v.nu, v.Av, v.Ah, F.x, F.y, F.z, S, pair_K);
     }
   }
@@ -293,7 +292,7 @@ void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule
   if (with_torsion && TorsionBetweenPilesApplies(rule, d, *q.pile)) TorsionBetweenPiles(g, p, q, d, dir, pair_K);
 
   // The base of p as field.
-  const SoilPoint Bp = field(n + 1);
+  const Point3 Bp = field(n + 1);
   for (int j = 1; j <= n; ++j) {
     const SoilValues v = CombineSoil(p.at(n + 1).soil, q.at(j).soil, poulos);
     const float Am = Mean(v);
@@ -304,7 +303,7 @@ void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule
   }
 
   // The base of q as source.
-  const SoilPoint Bq = source(n + 1);
+  const Point3 Bq = source(n + 1);
   for (int i = 1; i <= n; ++i) {
     const SoilValues v = CombineSoil(p.at(i).soil, q.at(n + 1).soil, poulos);
     const float Am = Mean(v);
@@ -344,11 +343,11 @@ void RigidLayerInteractionCorrection(const SoilGround& g, const InteractionRule&
   const float saq = q.a.s, caq = q.a.c, seq = q.e.s, ceq = q.e.c;
   // Only the vertical displacement on the rigid layer below the soil entry point of p is
   // removed, with no projection on the axis of p.
-  const SoilPoint F = RigidLayerPoint(g, d);
+  const Point3 F = RigidLayerPoint(g, d);
 
   for (int j = 1; j <= n + 1; ++j) {
     const AxisPoint& a = q.at(j);
-    const SoilPoint S = SourcePoint(q, j);
+    const Point3 S = SourcePoint(q, j);
     // Poisson's ratio comes from the two depths alone, so one evaluation serves every row.
     const float nu = (p.at(1).rigid.nu + a.soil.nu) * 0.5f;
     const Influences I = MindlinInfluences(nu, F, S);
@@ -377,10 +376,10 @@ int FindCoincidentPoints(const SoilGround& g, const InteractionRule& rule, const
   const PairSpacing d = SpacingOf(*p.pile, *q.pile);
   float limit = 0.0f;
   const bool limited = InteractionLimit(rule, *q.pile, &limit);
-  auto same = [](const SoilPoint& a, const SoilPoint& b) { return a.x == b.x && a.y == b.y && a.z == b.z; };
+  auto same = [](const Point3& a, const Point3& b) { return a.x == b.x && a.y == b.y && a.z == b.z; };
   if (!limited || d.s <= limit) {
     for (int i = 1; i <= n + 1; ++i) {
-      const SoilPoint F = FieldPoint(p, d, i);
+      const Point3 F = FieldPoint(p, d, i);
       for (int j = 1; j <= n + 1; ++j) {
         if (same(F, SourcePoint(q, j))) {
           *field_element = i;
@@ -392,10 +391,10 @@ int FindCoincidentPoints(const SoilGround& g, const InteractionRule& rule, const
     if (TorsionBetweenPilesApplies(rule, d, *q.pile)) {
       const TorsionRing tr(p, q, d);
       for (int i = 1; i <= n; ++i) {
-        const SoilPoint F = tr.Field(i);
+        const Point3 F = tr.Field(i);
         for (int j = 1; j <= n; ++j) {
           for (int v = 1; v <= 8; ++v) {
-            const SoilPoint c = tr.Slice(j, v);
+            const Point3 c = tr.Slice(j, v);
             if (c.z != F.z) continue;
             for (const Trig& t : tr.ring) {
               if (same(F, tr.Point(c, t))) {
@@ -410,8 +409,8 @@ int FindCoincidentPoints(const SoilGround& g, const InteractionRule& rule, const
     }
   }
   // The rigid layer correction between the piles, where it applies.
-  if (NonZero(g.borehole->DepthToRigidLayer) && d.s <= (limited ? limit : 0.0f)) {
-    const SoilPoint F = RigidLayerPoint(g, d);
+  if (IsNonZero(g.borehole->DepthToRigidLayer) && d.s <= (limited ? limit : 0.0f)) {
+    const Point3 F = RigidLayerPoint(g, d);
     for (int j = 1; j <= n + 1; ++j) {
       if (same(F, SourcePoint(q, j))) {
         *field_element = 0;

@@ -20,8 +20,10 @@
 #include <omp.h>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/notify.h"
 #include "engine/phase_timer.h"
+#include "engine/utilities.h"
 #include "soil/soil.h"
 #include "soil/soil_matrices.h"
 
@@ -29,9 +31,7 @@ namespace quellon {
 
 namespace {
 
-bool NonZero(float x) { return x > 1e-20f || x < -1e-20f; }
 
-bool Alike(float a, float b) { return std::fabs(a - b) < 1e-20f; }
 
 // Kernel calls of the blocks between piles above which they are shared out: some tenths
 // of a millisecond of work, well above the cost of starting the threads. (The torsion
@@ -55,21 +55,22 @@ void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
   }
 }
 
+// A pile without rake has one transverse block for both directions.
+bool Straight(const Pile& pile) { return IsZero(pile.RakeX) && IsZero(pile.RakeY); }
+
 // The own block of pile p: transverse blocks (the first of which clears soil_K), axial
 // and base block with its rigid layer correction, and torsion.
-void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, TextFile* trace, PhaseTimer* timer,
-                       RealMatrix& soil_K) {
-  const bool straight = std::fabs(pile.RakeX) < 1e-20f && std::fabs(pile.RakeY) < 1e-20f;
-  if (straight) {
+void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, PhaseTimer* timer, RealMatrix& soil_K) {
+  if (Straight(pile)) {
     BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
   } else {
     // A rake of either direction: each block with its own rake. (A rake of exactly 1e-20
     // counts as a rake here; both ways give the same values.)
-    BuildTransverseXSoilFlexibilityMatrix(g, pile, soil_K, trace);
-    BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K, trace);
+    BuildTransverseXSoilFlexibilityMatrix(g, pile, soil_K);
+    BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K);
   }
   BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
-  if (NonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
+  if (IsNonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
   PhaseScope torsion(timer, Phase::kTorsion);
   BuildTorsionalSoilFlexibilityMatrix(g, pile, p, soil_K);
 }
@@ -87,10 +88,10 @@ void CopyTorsionBlock(const RealMatrix& block, int n, int p, int q, RealMatrix& 
 }  // namespace
 
 bool SameSoilBlock(const Pile& pile, const Pile& before) {
-  return Alike(pile.Length, before.Length) && Alike(pile.ShaftDiameter, before.ShaftDiameter) &&
-         Alike(pile.InternalDiameter, before.InternalDiameter) &&
-         Alike(pile.BaseDiameter, before.BaseDiameter) && Alike(pile.RakeX, before.RakeX) &&
-         Alike(pile.RakeY, before.RakeY);
+  return Same(pile.Length, before.Length) && Same(pile.ShaftDiameter, before.ShaftDiameter) &&
+         Same(pile.InternalDiameter, before.InternalDiameter) &&
+         Same(pile.BaseDiameter, before.BaseDiameter) && Same(pile.RakeX, before.RakeX) &&
+         Same(pile.RakeY, before.RakeY);
 }
 
 SoilGround GroundOf(const Engine& e) {
@@ -121,7 +122,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   RealMatrix& G = e.ws.G;
   PhaseScope pairs(e.timer, Phase::kPairBlocks);
   const InteractionRule rule = InteractionRuleOf(e);
-  const bool rigid = NonZero(e.borehole.DepthToRigidLayer);
+  const bool rigid = IsNonZero(e.borehole.DepthToRigidLayer);
   std::vector<PileAxis> axes;
   axes.reserve(static_cast<std::size_t>(piles));
   for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
@@ -175,11 +176,12 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   const int n = e.foundation.NumberOfElements;
   const int piles = e.foundation.NumberOfPiles;
   const int M = 4 * n + 1;
-  if (n < 1 || p < 1 || p > piles) return;
+  Require(n >= 1 && p >= 1 && p <= piles, "AssembleSoilFlexibility: no such pile");
   PhaseScope own(e.timer, Phase::kOwnBlocks);
   const SoilGround g = GroundOf(e);
   RealMatrix& G = e.ws.G;
-  if (G.rows() != M * piles || G.cols() != M * piles || e.ws.soil_K.rows() != M || e.ws.pair_K.rows() != M) return;
+  Require(G.rows() == M * piles && G.cols() == M * piles && e.ws.soil_K.rows() == M && e.ws.pair_K.rows() == M,
+          "AssembleSoilFlexibility: workspace of another model");
   if (!g.poulos() && (e.ws.YamashitaEsv.rows() != n + 5 || e.ws.YamashitaEsv.cols() != piles)) {
     // The smoothed moduli are missing: the table failed earlier and has been reported.
     SendError(e, "Soil flexibility not assembled for pile " + std::to_string(p) +
@@ -192,8 +194,12 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   const int before = e.project.ReferencePile;
   const bool reuse = p != 1 && before >= 1 && before <= piles && SameSoilBlock(pile, e.foundation.Piles(before));
   if (!reuse) {
-    TextFile* trace = LogOpen(e) ? &e.files.log : nullptr;
-    BuildOwnSoilBlock(g, pile, p, trace, e.timer, e.ws.soil_K);
+    if (!Straight(pile)) {
+      // The LOG's trace of the two transverse blocks of a raked pile.
+      LogLine(e, "BuildTransverseXSoilFlexibilityMatrix, line 27");
+      LogLine(e, "BuildTransverseYSoilFlexibilityMatrix, line 26");
+    }
+    BuildOwnSoilBlock(g, pile, p, e.timer, e.ws.soil_K);
   }
   CopyBlock(e.ws.soil_K, p, p, G);
   if (piles == 1) return;

@@ -13,7 +13,6 @@
 
 #include "engine/arrays.h"
 #include "engine/model.h"
-#include "files/text_file.h"
 #include "soil/layer_averaging.h"
 #include "soil/mindlin_kernels.h"
 
@@ -34,13 +33,10 @@ void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, Rea
 // Clears soil_K, then writes the transverse block of a pile without rake into both the X
 // and the Y places.
 void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
-// Clears soil_K, then writes the X block from RakeX alone; the trace line goes to `trace`
-// when it is given (the open LOG).
-void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace = nullptr);
+// Clears soil_K, then writes the X block from RakeX alone.
+void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
 // Writes the Y block from RakeY alone, without clearing.
-void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace = nullptr);
+void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
 
 // Torsion block (rows and columns 3n + 2..4n + 1), summed over 20 slices of 80 points of
 // each source element. Does not clear soil_K. Columns are independent and are computed
@@ -61,8 +57,8 @@ struct InteractionRule {
 // point in plan and its depth below z0 of the first pile; with the ground at each point.
 struct AxisPoint {
   float x = 0.0f, y = 0.0f, z = 0.0f;
-  PointSoil soil;
-  PointSoil rigid;  // the ground at the rigid layer's level, with this element's number
+  LocalSoil soil;
+  LocalSoil rigid;  // the ground at the rigid layer's level, with this element's number
 };
 
 struct PileAxis {
@@ -86,11 +82,11 @@ PairSpacing SpacingOf(const Pile& p, const Pile& q);
 
 // Points in the frame of the source pile q, whose soil entry point is the plan origin:
 // element (or base, k = n + 1) k of the field pile p, and of the source pile q.
-inline SoilPoint FieldPoint(const PileAxis& p, const PairSpacing& d, int k) {
+inline Point3 FieldPoint(const PileAxis& p, const PairSpacing& d, int k) {
   const AxisPoint& a = p.at(k);
   return {d.Dx - a.x, d.Dy - a.y, a.z};
 }
-inline SoilPoint SourcePoint(const PileAxis& q, int k) {
+inline Point3 SourcePoint(const PileAxis& q, int k) {
   const AxisPoint& a = q.at(k);
   return {-a.x, -a.y, a.z};
 }

@@ -48,11 +48,11 @@ void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, 
     ring_s[static_cast<std::size_t>(k)] = std::sin(T);
   }
 
-  std::vector<SoilPoint> field(static_cast<std::size_t>(n));
-  std::vector<PointSoil> field_soil(static_cast<std::size_t>(n));
+  std::vector<Point3> field(static_cast<std::size_t>(n));
+  std::vector<LocalSoil> field_soil(static_cast<std::size_t>(n));
   for (int i = 1; i <= n; ++i) {
     const float k = static_cast<float>(i) - 0.5f;
-    const SoilPoint F{r - k * a.s * h, -k * e.s * h, g.z0 + k * a.c * e.c * h};
+    const Point3 F{r - k * a.s * h, -k * e.s * h, g.z0 + k * a.c * e.c * h};
     field[static_cast<std::size_t>(i - 1)] = F;
     field_soil[static_cast<std::size_t>(i - 1)] = SoilAtPoint(g, F.z, p, i);
   }
@@ -63,8 +63,8 @@ void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, 
 #pragma omp parallel for schedule(dynamic) if (worth_sharing)
   for (int j = 1; j <= n; ++j) {
     for (int i = 1; i <= n; ++i) {
-      const SoilPoint& F = field[static_cast<std::size_t>(i - 1)];
-      const PointSoil& fs = field_soil[static_cast<std::size_t>(i - 1)];
+      const Point3& F = field[static_cast<std::size_t>(i - 1)];
+      const LocalSoil& fs = field_soil[static_cast<std::size_t>(i - 1)];
       float sum = 0.0f;
       for (int s = 1; s <= kSlices; ++s) {
         const float m = static_cast<float>(kSlices * (j - 1) + s) - 0.5f;

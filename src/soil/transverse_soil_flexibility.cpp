@@ -26,9 +26,9 @@ void TransverseBlock(const SoilGround& g, const Pile& pile, float rake, int offs
   const float dz = std::cos(rake) * h;
   const float du = -std::sin(rake) * h;
   // The load and the displacement are normal to the pile: its rake turned by a right angle.
-  const Trig t = TrigOf(rake + 1.5707964f);
+  const Trig t = TrigOf(rake + kHalfPi);
 
-  std::vector<SoilPoint> point(static_cast<std::size_t>(n));
+  std::vector<Point3> point(static_cast<std::size_t>(n));
   std::vector<float> nu(static_cast<std::size_t>(n)), Eh(static_cast<std::size_t>(n));
   for (int i = 1; i <= n; ++i) {
     const float k = static_cast<float>(i) - 0.5f;
@@ -52,7 +52,7 @@ void TransverseBlock(const SoilGround& g, const Pile& pile, float rake, int offs
       } else {
         // The direct term b/R1 of an element on itself is integrated over its projected
         // area; the image terms stay a point evaluation.
-        value = TransverseSelfIntegral(half_length, radius, Ah, v) +
+        value = TransverseSelfIntegral(half_length, radius, v, Ah) +
                 MindlinTransverseImage(Ah, v, point[si], point[si], Wt, t);
       }
       soil_K(offset1 + i, offset1 + j) = value;
@@ -69,16 +69,12 @@ void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pil
   TransverseBlock(g, pile, 0.0f, g.n + 1, 2 * g.n + 1, soil_K);
 }
 
-void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace) {
-  if (trace != nullptr) trace->line("BuildTransverseXSoilFlexibilityMatrix, line 27");
+void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K) {
   soil_K.fill(0.0f);
   TransverseBlock(g, pile, DegreesToRadians(pile.RakeX), g.n + 1, 0, soil_K);
 }
 
-void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K,
-                                           TextFile* trace) {
-  if (trace != nullptr) trace->line("BuildTransverseYSoilFlexibilityMatrix, line 26");
+void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K) {
   TransverseBlock(g, pile, DegreesToRadians(pile.RakeY), 2 * g.n + 1, 0, soil_K);
 }
 

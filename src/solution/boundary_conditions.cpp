@@ -41,7 +41,7 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
   const float y = pile.Y - f.CentreOfRotationY;
   const float R = std::sqrt(x * x + y * y);
   float v;
-  if (std::fabs(x) < 1e-20f) {
+  if (IsZero(x)) {
     v = y > 0.0f ? 1.5708f : (y < 0.0f ? -1.5708f : 0.0f);
   } else {
     v = std::atan(y / x);

@@ -1,16 +1,16 @@
 #include "solution/group_stiffness.h"
 
 #include <cmath>
+#include <cstddef>
 #include <utility>
+#include <vector>
 
-#include "engine/engine.h"
+#include "engine/workspace.h"
 #include "engine/utilities.h"
 
 namespace quellon {
 
-void AssembleGroupStiffness(const Engine& e, float k[36]) {
-  const Foundation& f = e.foundation;
-  const Workspace& w = e.ws;
+void AssembleGroupStiffness(const Foundation& f, const Workspace& w, float k[36]) {
   const float F = f.FreeStandingLength;
   auto K = [k](int r, int c) -> float& { return k[(r - 1) + 6 * (c - 1)]; };
   for (int i = 0; i < 36; ++i) k[i] = 0.0f;
@@ -54,12 +54,14 @@ void GroupStiffnessExternal(const float k[36], float grmat[36]) {
     for (int a = 1; a <= 6; ++a) grmat[(a - 1) + 6 * (b - 1)] = k[(ConvertAxis(a) - 1) + 6 * (ConvertAxis(b) - 1)];
 }
 
-int InvertMatrix(Engine& e, float* A, int n, int lda) {
-  RealVector u, v;
-  IntegerVector pivot_row, pivot_col;
-  if (!(Create1DRealMatrix(e, u, n) && Create1DRealMatrix(e, v, n) && Create1DIntegerMatrix(e, pivot_row, n) &&
-        Create1DIntegerMatrix(e, pivot_col, n)))
-    return 0;
+int InvertMatrix(float* A, int n, int lda) {
+  // Work vectors from 1 to n.
+  std::vector<float> u_(static_cast<std::size_t>(n) + 1), v_(static_cast<std::size_t>(n) + 1);
+  std::vector<int> row_(static_cast<std::size_t>(n) + 1), col_(static_cast<std::size_t>(n) + 1);
+  auto u = [&u_](int j) -> float& { return u_[static_cast<std::size_t>(j)]; };
+  auto v = [&v_](int j) -> float& { return v_[static_cast<std::size_t>(j)]; };
+  auto pivot_row = [&row_](int j) -> int& { return row_[static_cast<std::size_t>(j)]; };
+  auto pivot_col = [&col_](int j) -> int& { return col_[static_cast<std::size_t>(j)]; };
   auto a = [A, lda](int i, int j) -> float& { return A[(i - 1) + static_cast<long>(lda) * (j - 1)]; };
   auto swap_rows = [&](int r1, int r2) {
     for (int j = 1; j <= n; ++j) std::swap(a(r1, j), a(r2, j));
@@ -83,10 +85,7 @@ int InvertMatrix(Engine& e, float* A, int n, int lda) {
         }
       }
     }
-    if (best < 1e-20f) {
-      e.project.ErrorCode = 258;  // "Error inverting soil stiffness matrix"
-      return 0;
-    }
+    if (best < kZero) return 0;
     swap_rows(k, br);
     swap_cols(k, bc);
     pivot_row(k) = br;

@@ -11,7 +11,6 @@ namespace quellon {
 
 namespace {
 
-constexpr float kZero = 1.0e-20f;  // the engine's test of a real against zero
 
 // Spacing ratio given by a pile that isn't ahead: large enough that the group rule never
 // wins over the single-pile value.
@@ -23,7 +22,7 @@ constexpr float kNoNeighbourRatio = 10000.0f;
 bool HasLoad(float F) { return std::fabs(F) > kZero; }
 
 // A layer's own cap: the value when it is positive, 0 (none) otherwise.
-float LayerCap(float value) { return value > kZero ? value : 0.0f; }
+float LayerCap(float value) { return IsPositive(value) ? value : 0.0f; }
 
 float Capped(float value, float cap) { return (cap != 0.0f && value > cap) ? cap : value; }
 
@@ -190,7 +189,7 @@ void LimitingStressesAllPiles(Engine& e) {
       for (int k = 1; k <= n; ++k) {
         z = z + dz;
         if (have_work) LimitingStressesAtDepth(e, z, pile.ShaftDiameter, 0, s, shaft, lateral_x, lateral_y, base);
-        if (shaft_cap > kZero && shaft > shaft_cap) shaft = shaft_cap;
+        if (IsPositive(shaft_cap) && shaft > shaft_cap) shaft = shaft_cap;
         // Torsional shear is resisted by the same interface as axial friction.
         w.LimitAxial((p - 1) * (n + 1) + k) = shaft;
         w.LimitTorsion((p - 1) * n + k) = shaft;
@@ -201,7 +200,7 @@ void LimitingStressesAllPiles(Engine& e) {
 
     const float z_base = Lz + pile.SoilEntryZ;
     if (have_work) LimitingStressesAtDepth(e, z_base, pile.ShaftDiameter, 1, s, shaft, lateral_x, lateral_y, base);
-    if (base_cap > kZero && base > base_cap) base = base_cap;
+    if (IsPositive(base_cap) && base > base_cap) base = base_cap;
     w.LimitAxial(p * (n + 1)) = base;
   }
 }

@@ -23,6 +23,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "engine/utilities.h"
 #include "solution/product_update.h"
 #include "solution/solve.h"
 
@@ -70,7 +71,7 @@ void FactorColumns(const Matrix& m, int n, int s0, int s1, int* indx, float* sca
     }
     indx[j] = imax + 1;
     // A vanishing pivot is replaced, not refused: only an all-zero row is fatal.
-    if (std::fabs(aj[j]) < 1e-20f) aj[j] = 1e-20f;
+    if (IsZero(aj[j])) aj[j] = kZero;
     if (j != n - 1) {
       const float dum = 1.0f / aj[j];
       for (int i = j + 1; i < n; ++i) aj[i] = aj[i] * dum;
@@ -121,7 +122,7 @@ int LUDecompose(float* A, int n, int lda, int* indx, float* scale, float& sign) 
     }
   }
   for (int i = 0; i < n; ++i) {
-    if (scale[i] < 1e-20f) return 0;  // a row of zeros
+    if (scale[i] < kZero) return 0;  // a row of zeros
     scale[i] = 1.0f / scale[i];
   }
   sign = 1.0f;

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/notify.h"
 #include "engine/utilities.h"
 #include "solution/solution.h"
@@ -49,7 +50,7 @@ void PrepareGroupGeometry(Engine& e) {
   // The loads of one increment, moved from their point of action to the centre of
   // rotation. Without an increment to carry them no load is applied at all.
   RealVector& inc = e.ws.CapLoadInc;
-  if (inc.size() < 6) return;
+  if (inc.size() < 6) return;  // no workspace: the model checks before a run want the geometry only
   const Actions& act = e.actions;
   if (act.NumberOfIncrements < 1) {
     inc.fill(0.0f);
@@ -81,7 +82,7 @@ void PileStiffnessesAllPiles(Engine& e) {
     LogLine(e, text);
     return;
   }
-  if (w.SectionEA.rows() < n + 1 || w.SectionEA.cols() < P) return;
+  Require(w.SectionEA.rows() >= n + 1 && w.SectionEA.cols() >= P, "PileStiffnessesAllPiles: workspace of another model");
 
   for (int p = 1; p <= P; ++p) {
     const Pile& pile = e.foundation.Piles(p);

@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/utilities.h"
 #include "files/reports.h"
 #include "solution/solution.h"
@@ -109,7 +110,6 @@ void BuildPileMatrix(Engine& e, int p) {
 }
 
 namespace {
-bool Same(float x, float y) { return std::fabs(x - y) < 1e-20f; }
 }  // namespace
 
 bool PilesStructurallyAlike(const Pile& a, const Pile& b) {
@@ -121,6 +121,12 @@ bool PilesStructurallyAlike(const Pile& a, const Pile& b) {
 
 void AssemblePileFlexibility(Engine& e, int p) {
   Foundation& f = e.foundation;
+  const int M = UnknownsPerPile(e);
+  const int r0 = (p - 1) * M;
+  RealMatrix& D = e.ws.D;
+  const RealMatrix& pd = e.ws.pile_D;
+  Require(p >= 1 && p <= f.NumberOfPiles && pd.rows() == M && pd.cols() == M && D.rows() == M && D.cols() >= r0 + M,
+          "AssemblePileFlexibility: workspace of another model");
   const int ref = e.project.ReferencePile;
   // pile_D still holds the matrix of the pile handled last; a pile like it takes it over.
   const bool reuse = p != 1 && ref >= 1 && ref <= f.NumberOfPiles && PilesStructurallyAlike(f.Piles(ref), f.Piles(p));
@@ -132,11 +138,6 @@ void AssemblePileFlexibility(Engine& e, int p) {
 
   // The pile's diagonal block of the group's D: columns (p - 1)M + 1 to pM of the blocks
   // the workspace keeps.
-  const int M = UnknownsPerPile(e);
-  const int r0 = (p - 1) * M;
-  RealMatrix& D = e.ws.D;
-  const RealMatrix& pd = e.ws.pile_D;
-  if (D.rows() != M || D.cols() < r0 + M) return;
   for (int c = 1; c <= M; ++c) {
     const float* src = pd.col(c);
     float* dst = D.col(r0 + c);

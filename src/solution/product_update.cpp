@@ -4,6 +4,8 @@
 #include <cstring>
 #include <new>
 
+#include "engine/internal_error.h"
+
 namespace quellon {
 
 namespace {
@@ -102,7 +104,8 @@ bool ProductUpdate::Reserve(int rows, int cols, int depth) {
 void ProductUpdate::Apply(float* a, std::size_t lda, int i0, int i1, int c0, int c1, int k0, int k1) {
   const int rows = i1 - i0, cols = c1 - c0, depth = k1 - k0;
   if (rows <= 0 || cols <= 0 || depth <= 0) return;
-  if (rows > rows_ || cols > cols_ || depth > depth_) return;
+  // A block beyond the reserved panels would be left without its update.
+  Require(rows <= rows_ && cols <= cols_ && depth <= depth_, "ProductUpdate::Apply: block beyond the reserve");
   const Kernel& K = TheKernel();
   const int mr = K.mr, nr = K.nr;
   const int row_slivers = Slivers(rows, mr), col_slivers = Slivers(cols, nr);

@@ -37,7 +37,10 @@
 #include <cstdint>
 
 #include "engine/engine.h"
+#include "engine/group_layout.h"
+#include "engine/internal_error.h"
 #include "engine/notify.h"
+#include "engine/utilities.h"
 #include "files/number_forms.h"
 #include "solution/solution.h"
 #include "solution/solve.h"
@@ -45,8 +48,6 @@
 namespace quellon {
 
 namespace {
-
-constexpr float kZero = 1.0e-20f;  // the engine's test of a real against zero
 
 // Rows of Yielded.
 constexpr int kAxialRow = 1;
@@ -82,22 +83,9 @@ struct UpdatePlan {
   }
 };
 
-// Counts of the group, and where the unknowns of an element stand in the order of
-// unknowns: pile after pile, M = 4n + 1 each; axial 1 to n + 1 (the base last), then n
-// each of X, Y and torsion.
-struct Layout {
-  int n, P, M, N;
-  int AxialUnknown(int p, int k) const { return (p - 1) * M + k; }
-  int XUnknown(int p, int k) const { return (p - 1) * M + n + 1 + k; }
-  int YUnknown(int p, int k) const { return (p - 1) * M + 2 * n + 1 + k; }
-  int TorsionUnknown(int p, int k) const { return (p - 1) * M + 3 * n + 1 + k; }
-  int AxialRow(int p, int k) const { return (p - 1) * (n + 1) + k; }
-  int ElementRow(int p, int k) const { return (p - 1) * n + k; }
-};
-
 // The softening factors: every unknown's column is divided by its factor when the
 // matrices are rebuilt. Worked out from the stresses before unloading sets any to zero.
-void SofteningFactors(const Engine& e, const Layout& g, UpdatePlan& plan) {
+void SofteningFactors(const Engine& e, const GroupLayout& g, UpdatePlan& plan) {
   const Workspace& w = e.ws;
   const Project& pr = e.project;
   for (int p = 1; p <= g.P; ++p) {
@@ -118,7 +106,7 @@ void SofteningFactors(const Engine& e, const Layout& g, UpdatePlan& plan) {
 // Axial yield. An element beyond its limit, or a base in tension, is released with the
 // torsional unknown of the same shaft element, since both act on the same interface.
 // The flag, once set, stays: the axial count is what ends the run.
-void AxialYield(Engine& e, const Layout& g, UpdatePlan& plan) {
+void AxialYield(Engine& e, const GroupLayout& g, UpdatePlan& plan) {
   Workspace& w = e.ws;
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n + 1; ++k) {
@@ -143,8 +131,8 @@ void AxialYield(Engine& e, const Layout& g, UpdatePlan& plan) {
 // the next solve. S is the sum for the last element that had two neighbours; the first
 // and last elements of a pile, and the first direction's leftover in the second, carry
 // it on. Needs the allowance and a pile of 16 elements or more.
-void UnloadingInDirection(const Engine& e, const Layout& g, RealVector& stress, const RealVector& increment,
-                          int yield_row, int (Layout::*unknown)(int, int) const, float& S, UpdatePlan& plan) {
+void UnloadingInDirection(const Engine& e, const GroupLayout& g, RealVector& stress, const RealVector& increment,
+                          int yield_row, int (GroupLayout::*unknown)(int, int) const, float& S, UpdatePlan& plan) {
   const Workspace& w = e.ws;
   plan.Unloading.fill(0);
   if (!(e.project.ElasticUnloading != 0 && g.n > 15)) return;
@@ -166,15 +154,15 @@ void UnloadingInDirection(const Engine& e, const Layout& g, RealVector& stress, 
 // unloading: the flag clears and the element takes part again, softened. A stress that
 // is neither (not a number) is taken as beyond. The counter counts every time an element
 // becomes yielded and never goes down.
-void TransverseYield(Engine& e, const Layout& g, const RealVector& stress, const RealVector& limit, int yield_row,
-                     int (Layout::*unknown)(int, int) const, int& count, UpdatePlan& plan) {
+void TransverseYield(Engine& e, const GroupLayout& g, const RealVector& stress, const RealVector& limit, int yield_row,
+                     int (GroupLayout::*unknown)(int, int) const, int& count, UpdatePlan& plan) {
   Workspace& w = e.ws;
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n; ++k) {
       const int r = g.ElementRow(p, k);
       const float x = std::fabs(stress(r));
       const float y = std::fabs(limit(r));
-      if (x < y || std::fabs(x - y) < kZero || plan.Unloading(r) != 0) {
+      if (x < y || Same(x, y) || plan.Unloading(r) != 0) {
         w.Yielded(yield_row, r) = 0;
         continue;
       }
@@ -189,14 +177,14 @@ void TransverseYield(Engine& e, const Layout& g, const RealVector& stress, const
 
 // Torsional yield: only a stress strictly beyond the limit yields, and it releases the
 // axial unknown of the same element too.
-void TorsionalYield(Engine& e, const Layout& g, UpdatePlan& plan) {
+void TorsionalYield(Engine& e, const GroupLayout& g, UpdatePlan& plan) {
   Workspace& w = e.ws;
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n; ++k) {
       const int r = g.ElementRow(p, k);
       const float x = std::fabs(w.StressTorsion(r));
       const float y = std::fabs(w.LimitTorsion(r));
-      if (x < y || std::fabs(x - y) < kZero) {
+      if (x < y || Same(x, y)) {
         w.Yielded(kTorsionRow, r) = 0;
       } else if (x > y) {
         if (w.Yielded(kTorsionRow, r) == 0) {
@@ -245,7 +233,7 @@ void RebuildMatrices(Workspace& w, int N, bool take_elastic_copy, const Decision
     float* g = w.G.col(j);
     float* g0 = w.G0.col(j);
     const float* dj = w.D.col(j);
-    float* gd = w.GD.col(j);
+    float* gd = w.system.GD.col(j);
     const int r0 = PileBlockStart(M, j);
     auto d = [dj, r0, M](int i) { return i >= r0 && i < r0 + M ? dj[i - r0] : 0.0f; };  // row i from 0
     if (take_elastic_copy) std::copy(g, g + N, g0);
@@ -306,18 +294,13 @@ float SofteningFactor(float stress, float limit, float R) {
 
 void UpdateSoilFlexibility(Engine& e, int increment) {
   Workspace& w = e.ws;
-  Layout g;
-  g.n = e.foundation.NumberOfElements;
-  g.P = e.foundation.NumberOfPiles;
-  g.M = 4 * g.n + 1;
-  g.N = g.M * g.P;
+  const GroupLayout g = LayoutOf(e);
   const int N = g.N;
-  if (N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != g.M ||
-      w.D.cols() != N || w.GD.rows() != N || w.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
+  Require(!(N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != g.M ||
+      w.D.cols() != N || w.system.GD.rows() != N || w.system.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
       w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N ||
-      w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N) {
-    return;  // not a workspace of this model
-  }
+      w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N),
+          "UpdateSoilFlexibility: workspace of another model");
 
   UpdatePlan plan;
   if (!plan.Create(e, N)) {
@@ -325,13 +308,13 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
     // for its factors: it is formed again. The elastic copy is still taken, so that the
     // next update starts from the right matrix.
     if (increment == 1) std::copy(w.G.data(), w.G.data() + w.G.count(), w.G0.data());
-    if (w.system.factorised) {
-      if (w.system.planned) {
+    if (w.system.HoldsFactors()) {
+      if (w.system.Planned()) {
         RebuildMatrices(w, N, false, KeptDecisions(w));
       } else {
         FormSystemMatrix(w);
       }
-      w.system = Workspace::SystemState{false, false, false, w.system.planned};
+      w.system.MatrixFormed(w.system.Planned());
     }
     return;
   }
@@ -339,24 +322,30 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
   SofteningFactors(e, g, plan);
   AxialYield(e, g, plan);
   float S = 0.0f;
-  UnloadingInDirection(e, g, w.StressX, w.StressXInc, kXRow, &Layout::XUnknown, S, plan);
-  TransverseYield(e, g, w.StressX, w.LimitX, kXRow, &Layout::XUnknown, w.YieldCountX, plan);
-  UnloadingInDirection(e, g, w.StressY, w.StressYInc, kYRow, &Layout::YUnknown, S, plan);
-  TransverseYield(e, g, w.StressY, w.LimitY, kYRow, &Layout::YUnknown, w.YieldCountY, plan);
+  UnloadingInDirection(e, g, w.StressX, w.StressXInc, kXRow, &GroupLayout::XUnknown, S, plan);
+  TransverseYield(e, g, w.StressX, w.LimitX, kXRow, &GroupLayout::XUnknown, w.YieldCountX, plan);
+  UnloadingInDirection(e, g, w.StressY, w.StressYInc, kYRow, &GroupLayout::YUnknown, S, plan);
+  TransverseYield(e, g, w.StressY, w.LimitY, kYRow, &GroupLayout::YUnknown, w.YieldCountY, plan);
   TorsionalYield(e, g, plan);
 
   // The same decisions as last time leave G as it is and GD as the system just solved,
-  // whose factors GD holds: nothing to do, unless GD is to be printed.
-  const bool gd_printed = e.project.Flag(6) && e.project.TXTUnit != 0;
-  if (increment >= 2 && w.system.planned && w.system.solved && !gd_printed && SameDecisions(plan, w, N)) {
-    w.system.unchanged = true;
+  // whose factors GD holds: nothing to do.
+  if (increment >= 2 && w.system.Planned() && w.system.Solved() && SameDecisions(plan, w, N)) {
+    w.system.MarkUnchanged();
     return;
   }
   RebuildMatrices(w, N, increment == 1, DecisionsOf(plan));
   std::copy(plan.factor.data(), plan.factor.data() + N, w.SoftFactor.data());
   std::copy(plan.released_at.data(), plan.released_at.data() + N, w.SoftReleasedAt.data());
   std::copy(plan.last_op_at.data(), plan.last_op_at.data() + N, w.SoftChangedAt.data());
-  w.system = Workspace::SystemState{false, false, false, true};
+  w.system.MatrixFormed(true);
+}
+
+void FormUnchangedSystem(Workspace& w) {
+  if (!w.system.Unchanged()) return;
+  // The kept decisions are those of this update, so G comes out as it is.
+  RebuildMatrices(w, w.G.rows(), false, KeptDecisions(w));
+  w.system.MatrixFormed(true);
 }
 
 }  // namespace quellon

@@ -2,9 +2,13 @@
 // order of a run.
 #pragma once
 
+#include "engine/group_layout.h"
+#include "engine/model.h"
+
 namespace quellon {
 
 struct Engine;
+struct Workspace;
 
 // Before the workspace: the four yield counters to zero.
 void ResetYieldCounters(Engine& e);
@@ -22,11 +26,22 @@ void BuildBoundaryConditionVectors(Engine& e, int p);
 int Solve(Engine& e, int increment);
 void SplitTractions(Engine& e);
 void CalcHeadLoads(Engine& e, int increment);
-int CalcStiffnessDisplsStressesLoads(Engine& e, int increment);
-void SplitSoilDisplacements(Engine& e);
-// 1 to go on, 0 when the axial capacity is used up or a work vector can't be created.
-int Update(Engine& e, int increment);
-// Softening and yield for the next increment; called by Update in non-linear runs.
+// Then the group stiffness, its inverse flex (group_stiffness.h), and from it: the cap
+// movement, the stresses, head movements, soil movements and loads of the increment.
+// packed: a work vector of N reals.
+void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float flex[36], Workspace& w,
+                       RealVector& packed);
+void SplitSoilDisplacements(const GroupLayout& g, Workspace& w);
+// The cap, stress and movement increments into the totals and the history.
+void AddMovementsToTotals(const GroupLayout& g, int increment, Workspace& w);
+// Softening and yield for the next increment, in non-linear runs (soil_softening.cpp).
 void UpdateSoilFlexibility(Engine& e, int increment);
+// Before GD is shown as a matrix: when the softening found the next system equal to the
+// one whose factors GD holds, GD is formed again (and will be factorised again).
+void FormUnchangedSystem(Workspace& w);
+// The load increments into the totals, then the loads at each pile head.
+void AddLoadsToTotals(const Foundation& f, const GroupLayout& g, Workspace& w);
+// Whether every axial unknown of the group has yielded: the run ends.
+bool AxialCapacityUsedUp(const GroupLayout& g, const Workspace& w);
 
 }  // namespace quellon

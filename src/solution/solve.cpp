@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/notify.h"
 #include "engine/phase_timer.h"
 #include "files/number_forms.h"
@@ -96,36 +97,6 @@ void BackwardAll(const float* A, int n, std::size_t ld, float* B, std::size_t ld
 
 }  // namespace
 
-void LUBackSubstitute(const float* A, int n, int lda, const int* indx, float* b) {
-  const std::size_t ld = static_cast<std::size_t>(lda);
-  auto at = [A, ld](int i, int k) { return A[static_cast<std::size_t>(i - 1) + static_cast<std::size_t>(k - 1) * ld]; };
-
-  // The row interchanges of the factorisation, in their order; row i is final after
-  // interchange i, since later ones touch only rows below it.
-  for (int i = 1; i <= n; ++i) {
-    const int r = indx[i - 1];
-    if (r != i) std::swap(b[r - 1], b[i - 1]);
-  }
-  // Forward: b(i) -= a(i, k) b(k), k rising from the first non-zero entry. Taken column
-  // by column, each b(i) still receives its terms in rising k.
-  int first = 0;
-  for (int i = 1; i <= n && first == 0; ++i)
-    if (b[i - 1] != 0.0f) first = i;
-  if (first != 0) {
-    for (int k = first; k < n; ++k) {
-      const float bk = b[k - 1];
-      const float* ak = A + static_cast<std::size_t>(k - 1) * ld;
-      for (int i = k + 1; i <= n; ++i) b[i - 1] = b[i - 1] - ak[i - 1] * bk;
-    }
-  }
-  // Backward: each b(i) takes its terms in rising k from i + 1, then the division.
-  for (int i = n; i >= 1; --i) {
-    float s = b[i - 1];
-    for (int k = i + 1; k <= n; ++k) s = s - at(i, k) * b[k - 1];
-    b[i - 1] = s / at(i, i);
-  }
-}
-
 void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ldb) {
   const std::size_t ld = static_cast<std::size_t>(lda), ldB = static_cast<std::size_t>(ldb);
   ForwardAll(A, n, ld, indx, B, ldB);
@@ -136,14 +107,15 @@ void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ld
 void FormSystemMatrix(Workspace& w) {
   const int N = w.G.rows();
   const int M = w.D.rows();
-  if (N < 1 || w.G.cols() != N || w.GD.rows() != N || w.GD.cols() != N || M < 1 || w.D.cols() != N) return;
+  Require(N >= 1 && w.G.cols() == N && w.system.GD.rows() == N && w.system.GD.cols() == N && M >= 1 && w.D.cols() == N,
+          "FormSystemMatrix: workspace of another model");
   // Off the pile's own rows D is zero, and the sum is g + 0, which turns a -0 of G into
   // +0 as the full sum would.
 #pragma omp parallel for schedule(static) if (N >= 2048)
   for (int j = 1; j <= N; ++j) {
     const float* g = w.G.col(j);
     const float* d = w.D.col(j);
-    float* gd = w.GD.col(j);
+    float* gd = w.system.GD.col(j);
     const int r0 = PileBlockStart(M, j);
     for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
     for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + d[i - r0];
@@ -169,14 +141,9 @@ int Solve(Engine& e, int increment) {
   LogLine(e, lapack ? "Using MKL libraries..." : "Using LU decompostion...");
 
   // The system is the one solved last time: the tractions in hand are its solution.
-  if (increment >= 2 && w.system.unchanged && w.system.solved) {
-    w.system.unchanged = false;
-    return 1;
-  }
-  w.system.unchanged = false;
-  if (increment < 2 || w.system.factorised) FormSystemMatrix(w);
-  w.system.factorised = true;
-  w.system.solved = false;
+  if (w.system.TakeUnchanged() && increment >= 2) return 1;
+  if (increment < 2 || w.system.HoldsFactors()) FormSystemMatrix(w);
+  w.system.Factorising();
 
   for (int m = 1; m <= kUnitColumns; ++m) {
     const float* u = w.UBCV.col(m);
@@ -188,7 +155,7 @@ int Solve(Engine& e, int increment) {
     int info = 0;
     {
       PhaseScope factorise(e.timer, Phase::kFactorise);
-      info = LapackSolve(N, kUnitColumns, w.GD.data(), N, PivotIndex.data(), B.data(), N);
+      info = LapackSolve(N, kUnitColumns, w.system.GD.data(), N, PivotIndex.data(), B.data(), N);
     }
     if (info != 0) {
       LogLine(e, "Call to SGESV failed with error code = " + FormatInt(info));
@@ -199,20 +166,20 @@ int Solve(Engine& e, int increment) {
     int factorised = 0;
     {
       PhaseScope factorise(e.timer, Phase::kFactorise);
-      factorised = LUDecompose(w.GD.data(), N, N, PivotIndex.data(), scale.data(), sign);
+      factorised = LUDecompose(w.system.GD.data(), N, N, PivotIndex.data(), scale.data(), sign);
     }
     if (!factorised) {
       e.project.ErrorCode = 262;  // "Error solving matrix inversion (singular matrix)"
       return 0;
     }
-    LUSolveSixSides(w.GD.data(), N, N, PivotIndex.data(), B.data(), N);
+    LUSolveSixSides(w.system.GD.data(), N, N, PivotIndex.data(), B.data(), N);
   }
   for (int m = 1; m <= kUnitColumns; ++m) {
     const float* bm = B.col(m);
     float* t = w.Tractions.col(m);
     for (int i = 0; i < N; ++i) t[i] = bm[i];
   }
-  w.system.solved = true;
+  w.system.MarkSolved();
   return 1;
 }
 

@@ -17,13 +17,10 @@ struct Workspace;
 // factors of the column-by-column method bit for bit.
 int LUDecompose(float* a, int n, int lda, int* indx, float* scale, float& sign);
 
-// Solves with the factors of LUDecompose: b (n reals) is overwritten with the solution.
-// The forward sweep starts at the first non-zero entry of the permuted right-hand side.
-void LUBackSubstitute(const float* a, int n, int lda, const int* indx, float* b);
-
-// The same for the six columns of B (leading dimension ldb) at once, with the same
-// results bit for bit; a faster way, which overwrites the multipliers of L in a (the
-// factors are of no further use to the solve).
+// Solves with the factors of LUDecompose for the six columns of B (leading dimension
+// ldb) at once: B is overwritten with the solution. Each side's forward sweep starts at
+// its first non-zero entry after the row interchanges. The multipliers of L in a are
+// overwritten (the factors are of no further use to the solve).
 void LUSolveSixSides(float* a, int n, int lda, const int* indx, float* B, int ldb);
 
 // GD = G + D, with D from its diagonal blocks.

@@ -50,17 +50,17 @@ std::string Lower(std::string s) {
 struct Case {
   const char* what;
   bool lapack;
-  RealMatrix Workspace::*matrix;
+  RealMatrix& (*matrix)(Workspace&);
   const char* error_start;
 };
 
 TEST(NonFiniteResults, EndTheRunAsAFailureWithTheDocumentsSound) {
   const Case cases[] = {
       // The system solved by LAPACK, and by the engine's own LU route.
-      {"system matrix, LAPACK", true, &Workspace::GD, "2 Error - increment 2: the solution for a unit "},
-      {"system matrix, LU", false, &Workspace::GD, "2 Error - increment 2: the solution for a unit "},
+      {"system matrix, LAPACK", true, [](Workspace& w) -> RealMatrix& { return w.system.GD; }, "2 Error - increment 2: the solution for a unit "},
+      {"system matrix, LU", false, [](Workspace& w) -> RealMatrix& { return w.system.GD; }, "2 Error - increment 2: the solution for a unit "},
       // The soil matrix alone feeds the soil movement of the increment.
-      {"soil matrix", true, &Workspace::G,
+      {"soil matrix", true, [](Workspace& w) -> RealMatrix& { return w.G; },
        "2 Error - increment 2: the soil movement at the axial unknown of element 2 of pile 1 is not a finite "
        "number (nan)"},
   };
@@ -70,7 +70,7 @@ TEST(NonFiniteResults, EndTheRunAsAFailureWithTheDocumentsSound) {
     Engine e;
     NonLinearModel(e, c.lapack);
     poked = &e;
-    poked_matrix = &(e.ws.*c.matrix);
+    poked_matrix = &c.matrix(e.ws);
     e.callbacks.CreateIncrement = &PokeAtIncrement2;
     e.project.MessageCallback = &Record;
     messages.clear();

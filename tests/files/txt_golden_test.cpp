@@ -145,7 +145,7 @@ void Model(Engine& e, int elements, int increments) {
 
   Workspace& w = e.ws;
   int seed = 1;
-  for (RealMatrix* m : {&w.G, &w.D, &w.GD, &w.UBCV, &w.Tractions, &w.UnitStressAxial, &w.UnitStressX,
+  for (RealMatrix* m : {&w.G, &w.D, &w.system.GD, &w.UBCV, &w.Tractions, &w.UnitStressAxial, &w.UnitStressX,
                         &w.UnitStressY, &w.UnitStressTorsion, &w.HeadAxial, &w.HeadX, &w.HeadMomentXZ, &w.HeadY,
                         &w.HeadMomentYZ, &w.HeadTorque, &w.HistoryDispInc, &w.HistoryDisp})
     Fill(*m, seed++, 1e-3f);

@@ -37,7 +37,7 @@ struct System {
 ::testing::AssertionResult Released(const Workspace& w, int c) {
   for (int i = 1; i <= w.G.rows(); ++i) {
     const float expected = i == c ? 1.0f : 0.0f;
-    if (w.G(i, c) != expected || w.G(c, i) != expected || w.GD(i, c) != expected || w.GD(c, i) != expected)
+    if (w.G(i, c) != expected || w.G(c, i) != expected || w.system.GD(i, c) != expected || w.system.GD(c, i) != expected)
       return ::testing::AssertionFailure() << "unknown " << c << " not cleared at " << i;
   }
   return ::testing::AssertionSuccess();
@@ -49,7 +49,7 @@ struct System {
   for (int i = 1; i <= w.G.rows(); ++i) {
     const bool cleared = std::find(released.begin(), released.end(), i) != released.end();
     const float g = cleared ? 0.0f : w.G0(i, c) / f;
-    if (w.G(i, c) != g || w.GD(i, c) != (cleared ? 0.0f : g + PileFlexibility(w.D, i, c)))
+    if (w.G(i, c) != g || w.system.GD(i, c) != (cleared ? 0.0f : g + PileFlexibility(w.D, i, c)))
       return ::testing::AssertionFailure() << "column " << c << " wrong at row " << i;
   }
   return ::testing::AssertionSuccess();
@@ -131,7 +131,7 @@ TEST(SoilSoftening, UnloadingNeedsTheAllowanceAndSixteenElements) {
       EXPECT_EQ(w.Yielded(2, 5), unloads ? 0 : 1);
       EXPECT_EQ(static_cast<bool>(Released(w, c)), !unloads);
       for (int i = 1; unloads && i <= s.N; ++i)  // elastic in the system matrix
-        ASSERT_EQ(w.GD(i, c), w.G0(i, c) + PileFlexibility(w.D, i, c));
+        ASSERT_EQ(w.system.GD(i, c), w.G0(i, c) + PileFlexibility(w.D, i, c));
     }
   }
 }
@@ -160,10 +160,10 @@ void StepByStepUpdate(Engine& e, int increment) {
       for (int i = 1; i <= N; ++i) w.G(i, c) = w.G0(i, c) / f;
     }
   for (int j = 1; j <= N; ++j)
-    for (int i = 1; i <= N; ++i) w.GD(i, j) = w.G(i, j) + PileFlexibility(w.D, i, j);
+    for (int i = 1; i <= N; ++i) w.system.GD(i, j) = w.G(i, j) + PileFlexibility(w.D, i, j);
   auto release = [&](int c) {
-    for (int i = 1; i <= N; ++i) w.GD(i, c) = w.GD(c, i) = w.G(i, c) = w.G(c, i) = 0.0f;
-    w.GD(c, c) = w.G(c, c) = 1.0f;
+    for (int i = 1; i <= N; ++i) w.system.GD(i, c) = w.system.GD(c, i) = w.G(i, c) = w.G(c, i) = 0.0f;
+    w.system.GD(c, c) = w.G(c, c) = 1.0f;
   };
   auto yield = [&](int d, int r) {
     if (!w.Yielded(d + 1, r)) ++*counts[d];
@@ -189,8 +189,8 @@ void StepByStepUpdate(Engine& e, int increment) {
       unloading[static_cast<std::size_t>(r)] = 1;
       (*st[d])(r) = 0.0f;
       for (int i = 1; i <= N; ++i) {
-        w.GD(i, c) = w.G0(i, c) + PileFlexibility(w.D, i, c);
-        w.GD(c, i) = w.G0(c, i) + PileFlexibility(w.D, c, i);
+        w.system.GD(i, c) = w.G0(i, c) + PileFlexibility(w.D, i, c);
+        w.system.GD(c, i) = w.G0(c, i) + PileFlexibility(w.D, c, i);
       }
     }
     for (int r = 1; r <= n * P; ++r) {
@@ -228,7 +228,7 @@ TEST(SoilSoftening, OnePassRebuildMatchesTheStepByStepUpdate) {
       wb = wa;
       UpdateSoilFlexibility(a.e, increment);
       StepByStepUpdate(b.e, increment);
-      EXPECT_TRUE(same(wa.G, wb.G) && same(wa.GD, wb.GD) && same(wa.Yielded, wb.Yielded));
+      EXPECT_TRUE(same(wa.G, wb.G) && same(wa.system.GD, wb.system.GD) && same(wa.Yielded, wb.Yielded));
       EXPECT_TRUE(std::equal(wa.StressX.data(), wa.StressX.data() + wa.StressX.size(), wb.StressX.data()));
       EXPECT_EQ(wa.YieldCountX + 10 * wa.YieldCountY + 100 * wa.YieldCountTorsion + 1000 * wa.YieldCountAxial,
                 wb.YieldCountX + 10 * wb.YieldCountY + 100 * wb.YieldCountTorsion + 1000 * wb.YieldCountAxial);

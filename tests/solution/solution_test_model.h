@@ -12,7 +12,9 @@
 
 #include "engine/engine.h"
 #include "engine/model_tables.h"
+#include "engine/notify.h"
 #include "engine/workspace.h"
+#include "solution/group_stiffness.h"
 #include "solution/solution.h"
 
 namespace quellon::testing {
@@ -75,14 +77,26 @@ inline void Assemble(Engine& e) {
   }
 }
 
-// One increment through the solution's routines in the order of a run.
+// One increment through the solution's routines in the order of a run, the host hearing
+// of the stiffness; 1 to go on, 0 at the axial capacity, -1 for a singular stiffness.
 inline int RunIncrement(Engine& e, int i) {
   Solve(e, i);
   SplitTractions(e);
   CalcHeadLoads(e, i);
-  if (!CalcStiffnessDisplsStressesLoads(e, i)) return -1;
-  SplitSoilDisplacements(e);
-  return Update(e, i);
+  const GroupLayout g = LayoutOf(e);
+  float k[36], grmat[36];
+  AssembleGroupStiffness(e.foundation, e.ws, k);
+  GroupStiffnessExternal(k, grmat);
+  NotifyStiffnesses(e, i, grmat);
+  if (!InvertMatrix(k, 6, 6)) return -1;
+  RealVector packed;
+  packed.resize(g.N);
+  SpreadCapMovement(e.foundation, g, k, e.ws, packed);
+  SplitSoilDisplacements(g, e.ws);
+  AddMovementsToTotals(g, i, e.ws);
+  if (e.project.NonLinear) UpdateSoilFlexibility(e, i);
+  AddLoadsToTotals(e.foundation, g, e.ws);
+  return AxialCapacityUsedUp(g, e.ws) ? 0 : 1;
 }
 
 // The 6 by 6 group stiffness as the host receives it, column-major, external axes.

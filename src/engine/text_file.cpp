@@ -1,4 +1,4 @@
-#include "files/text_file.h"
+#include "engine/text_file.h"
 
 namespace quellon {
 
