@@ -1,8 +1,6 @@
 // quellon: the command-line host of QuellonEngine. It uses the engine only through its
 // C API, as any host application does: it reads a text model file, runs the analysis,
 // shows the engine's messages and progress, and prints a summary an engineer reads first.
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -13,6 +11,7 @@
 
 #include "console.h"
 #include "model_peek.h"
+#include "platform.h"
 #include "quellon.h"
 #include "xml_scan.h"
 
@@ -328,7 +327,7 @@ int Check(Console& c, const Options& o) {
 int Run(Console& c, const Options& o) {
   const std::string dir = o.out_dir.empty() ? "" : o.out_dir + "/";
   const std::string stem = o.out_dir.empty() ? Stem(o.model) : dir + BaseName(Stem(o.model));
-  if (!o.out_dir.empty()) mkdir(o.out_dir.c_str(), 0777);
+  if (!o.out_dir.empty()) quellon_cli::MakeDirectory(o.out_dir);
   const std::string xml = o.xml.empty() ? stem + ".xml" : o.xml;
   const std::string txt = o.no_txt ? "" : (o.txt.empty() ? stem + ".txt" : o.txt);
   const std::string log = o.log.empty() ? stem + ".log" : o.log;
