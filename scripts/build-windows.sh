@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Cross-builds the engine for 64-bit Windows: quellon.dll, its import library
 # quellon.lib and module definition quellon.def, the header, and quellon.exe, in
-# $BUILD_DIR/dist (BUILD_DIR defaults to build-windows).
+# $WINDOWS_BUILD_DIR/dist (default build-windows/dist).
 #
 #   scripts/build-windows.sh             reference LAPACK (builds in a few minutes once,
 #                                        then comes from the build folder)
@@ -15,7 +15,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-build=${BUILD_DIR:-$root/build-windows}
+build=${WINDOWS_BUILD_DIR:-$root/build-windows}
 openblas=false
 tests=OFF
 for arg in "$@"; do
@@ -51,17 +51,24 @@ if [ "$openblas" = true ]; then
   lib=$deps/openblas/lib/libopenblas.a
   if [ ! -f "$lib" ]; then
     src=$(source_of openblas)
-    # The compilers' version reads "12-posix", which OpenBLAS's version tests compare as
-    # text and find older than 4.7: they would quietly build the AVX2 kernels without
-    # -mavx2. Their answers are given here. DYNAMIC_ARCH picks the kernels for the
-    # processor at run time, from the list below.
-    gcc_is_12=(GCCVERSIONGT4=1 GCCVERSIONGTEQ4=1 GCCVERSIONGT5=1 GCCVERSIONGTEQ5=1 GCCVERSIONGTEQ7=1
-      GCCVERSIONGTEQ8=1 GCCVERSIONGTEQ9=1 GCCVERSIONGTEQ10=1 GCCVERSIONGTEQ11=1
-      GCCMINORVERSIONGTEQ1=1 GCCMINORVERSIONGTEQ2=1 GCCMINORVERSIONGTEQ7=1)
-    options=(CC=x86_64-w64-mingw32-gcc-posix FC=x86_64-w64-mingw32-gfortran-posix HOSTCC=gcc CROSS=1
-      BINARY=64 TARGET=PRESCOTT DYNAMIC_ARCH=1 DYNAMIC_LIST="NEHALEM SANDYBRIDGE HASWELL ZEN SKYLAKEX"
+    # The compilers answer -dumpversion with "12-posix", which OpenBLAS's build scripts
+    # compare as text: they take it for a gcc older than 4.7 and quietly leave out the
+    # AVX2 kernels (NO_AVX2=1). Wrappers answer with the number; the Fortran compiler,
+    # which is recognised by the version in its assembly output, is named outright.
+    # DYNAMIC_ARCH picks the kernels for the processor at run time.
+    mkdir -p "$deps/bin"
+    for tool in gcc gfortran; do
+      real=x86_64-w64-mingw32-$tool-posix
+      version=$(echo __GNUC__.__GNUC_MINOR__.__GNUC_PATCHLEVEL__ | "$real" -E -P -x c - | tr -d ' ')
+      printf '#!/bin/sh\nfor a; do case $a in -dumpversion|-dumpfullversion) echo %s; exit 0 ;; esac; done\nexec %s "$@"\n' \
+        "$version" "$real" > "$deps/bin/mingw-$tool"
+      chmod +x "$deps/bin/mingw-$tool"
+    done
+    options=(CC="$deps/bin/mingw-gcc" FC="$deps/bin/mingw-gfortran" F_COMPILER=GFORTRAN HOSTCC=gcc CROSS=1
+      CROSS_SUFFIX=x86_64-w64-mingw32- BINARY=64 TARGET=PRESCOTT DYNAMIC_ARCH=1
+      DYNAMIC_LIST="NEHALEM SANDYBRIDGE HASWELL ZEN SKYLAKEX"
       USE_OPENMP=0 USE_THREAD=1 NUM_THREADS=64 NO_SHARED=1 NO_CBLAS=1 NO_LAPACKE=1
-      BUILD_SINGLE=1 BUILD_DOUBLE=0 BUILD_COMPLEX=0 BUILD_COMPLEX16=0 "${gcc_is_12[@]}")
+      BUILD_SINGLE=1 BUILD_DOUBLE=0 BUILD_COMPLEX=0 BUILD_COMPLEX16=0)
     make -C "$src" -j2 "${options[@]}" libs netlib > "$deps/openblas.log" 2>&1 ||
       { tail -n 30 "$deps/openblas.log" >&2; exit 1; }
     make -C "$src" "${options[@]}" PREFIX="$deps/openblas" install >> "$deps/openblas.log" 2>&1 ||

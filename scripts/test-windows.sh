@@ -5,16 +5,19 @@
 # top-level window, and writes documents that must be byte-identical to the Linux
 # build's from the same host source. The paths hold a blank and Latin-1 letters: the
 # engine opens files with narrow paths, which Windows reads in the ANSI code page.
-# The Linux build is the one in $LINUX_BUILD_DIR (default build).
+# The Windows build is in $WINDOWS_BUILD_DIR (default build-windows), the Linux build in
+# $LINUX_BUILD_DIR (default build).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
 start=$SECONDS
 
 bash scripts/build-windows.sh --tests
-win=$(cd "${BUILD_DIR:-$root/build-windows}" && pwd)
+win=$(cd "${WINDOWS_BUILD_DIR:-$root/build-windows}" && pwd)
 linux=${LINUX_BUILD_DIR:-$root/build}
+[ -f "$linux/CMakeCache.txt" ] || cmake -S . -B "$linux" -DCMAKE_BUILD_TYPE=Release -DQUELLON_BUILD_BENCH=OFF >/dev/null
 cmake --build "$linux" -j2 --target quellon quellon_cli >/dev/null
+linux=$(cd "$linux" && pwd)
 built=$SECONDS
 
 wine=$(command -v wine64 || command -v wine || echo /usr/lib/wine/wine64)
