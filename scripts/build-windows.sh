@@ -99,7 +99,7 @@ cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_BUILD_T
   -DQUELLON_LAPACK_LIBRARIES="$lapack" > "$build/configure.log" 2>&1 ||
   { cat "$build/configure.log" >&2; exit 1; }
 targets=(--target quellon quellon_cli)
-[ "$tests" = ON ] && targets+=(soil_tests solution_tests dll_host)
+[ "$tests" = ON ] && targets+=(soil_tests solution_tests dll_host dll_host_utf8)
 cmake --build "$build" -j2 "${targets[@]}"
 
 dist=$build/dist

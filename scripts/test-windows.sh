@@ -4,7 +4,8 @@
 # that loads quellon.dll at run time, receives both progress window messages in a hidden
 # top-level window, and writes documents that must be byte-identical to the Linux
 # build's from the same host source. The paths hold a blank and Latin-1 letters: the
-# engine opens files with narrow paths, which Windows reads in the ANSI code page.
+# engine opens files with narrow paths, which Windows reads in the ANSI code page (1252
+# here); a host with UTF-8 as its code page, and quellon.exe, take other scripts too.
 # The Windows build is in $WINDOWS_BUILD_DIR (default build-windows), the Linux build in
 # $LINUX_BUILD_DIR (default build).
 set -euo pipefail
@@ -54,21 +55,31 @@ echo "== host on Linux"
 (cd "$work/linux" && "$work/dll_host" "$linux/libquellon.so" "../$model" "$out") || status=1
 echo "== host on Windows"
 (cd "$work/windows" && "$wine" bin/dll_host.exe bin/quellon.dll "../$model" "$out") | tr -d '\r' || status=1
+# A host whose manifest makes UTF-8 its ANSI code page takes paths in any script.
+model8="Модель €.tmw"
+out8="Ergebnisse ω"
+cp "$work/$model" "$work/$model8"
+mkdir -p "$work/windows/$out8"
+cp "$win/tests/windows/dll_host_utf8.exe" "$work/windows/bin/"
+echo "== host on Windows, UTF-8 as its code page"
+(cd "$work/windows" && "$wine" bin/dll_host_utf8.exe bin/quellon.dll "../$model8" "$out8") | tr -d '\r' || status=1
 for f in setters.xml setters.txt model.xml model.txt; do
-  if cmp -s "$work/linux/$out/$f" "$work/windows/$out/$f"; then
-    echo "$f: identical ($(wc -c < "$work/windows/$out/$f") bytes)"
-  else
-    echo "$f: the Windows build's differs from the Linux build's"
-    diff "$work/linux/$out/$f" "$work/windows/$out/$f" | head -n 10 || true
-    status=1
-  fi
+  for dir in "$out" "$out8"; do
+    if cmp -s "$work/linux/$out/$f" "$work/windows/$dir/$f"; then
+      echo "$dir/$f: identical ($(wc -c < "$work/windows/$dir/$f") bytes)"
+    else
+      echo "$dir/$f: the Windows build's differs from the Linux build's"
+      diff "$work/linux/$out/$f" "$work/windows/$dir/$f" | head -n 10 || true
+      status=1
+    fi
+  done
 done
 
-echo "== quellon.exe under wine"
+echo "== quellon.exe under wine (it runs with UTF-8 as its code page)"
 cp "$win/dist/quellon.exe" "$work/windows/bin/"
-(cd "$work/windows" && "$wine" bin/quellon.exe run "../$model" --out-dir cli --quiet) | tr -d '\r' | tail -n 3 || status=1
-"$linux/cli/quellon" run "$work/$model" --out-dir "$work/linux/cli" --quiet >/dev/null || status=1
-stem=$(basename "$model" .tmw)
+(cd "$work/windows" && "$wine" bin/quellon.exe run "../$model8" --out-dir cli --quiet) | tr -d '\r' | tail -n 3 || status=1
+"$linux/cli/quellon" run "$work/$model8" --out-dir "$work/linux/cli" --quiet >/dev/null || status=1
+stem=$(basename "$model8" .tmw)
 for ext in xml txt; do
   cmp -s "$work/linux/cli/$stem.$ext" "$work/windows/cli/$stem.$ext" && echo "quellon.exe $ext: identical" ||
     { echo "quellon.exe $ext: differs from the Linux build's"; status=1; }
