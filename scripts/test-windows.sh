@@ -37,6 +37,19 @@ trap cleanup EXIT
 prefix=$SECONDS
 
 status=0
+# The DLL exports exactly what the Linux library does, and imports system DLLs only.
+if diff <(nm -D --defined-only "$linux/libquellon.so" | awk 'NF == 3 {print $3}' | sort) \
+        <(sed -n 's/^ *\([A-Za-z0-9_]*\) @.*/\1/p' "$win/quellon.def" | sort) >/dev/null; then
+  echo "quellon.dll: the same $(grep -c ' @' "$win/quellon.def") exports as libquellon.so"
+else
+  echo "quellon.dll: its exports differ from libquellon.so's"; status=1
+fi
+imports=$(x86_64-w64-mingw32-objdump -p "$win/dist/quellon.dll" | sed -n 's/.*DLL Name: //p' | tr '\n' ' ')
+echo "quellon.dll imports: $imports"
+for dll in $imports; do
+  case ${dll,,} in kernel32.dll|user32.dll|msvcrt.dll) ;; *) echo "not a system DLL: $dll"; status=1 ;; esac
+done
+
 for suite in soil solution; do
   echo "== $suite suite under wine"
   "$wine" "$win/tests/windows/${suite}_tests.exe" --gtest_brief=1 || status=1
