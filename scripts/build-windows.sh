@@ -67,8 +67,9 @@ if [ "$openblas" = true ]; then
     options=(CC="$deps/bin/mingw-gcc" FC="$deps/bin/mingw-gfortran" F_COMPILER=GFORTRAN HOSTCC=gcc CROSS=1
       CROSS_SUFFIX=x86_64-w64-mingw32- BINARY=64 TARGET=PRESCOTT DYNAMIC_ARCH=1
       DYNAMIC_LIST="NEHALEM SANDYBRIDGE HASWELL ZEN SKYLAKEX"
-      USE_OPENMP=0 USE_THREAD=1 NUM_THREADS=64 NO_SHARED=1 NO_CBLAS=1 NO_LAPACKE=1
-      BUILD_SINGLE=1 BUILD_DOUBLE=0 BUILD_COMPLEX=0 BUILD_COMPLEX16=0)
+      USE_OPENMP=0 USE_THREAD=1 NUM_THREADS=64 NO_SHARED=1 NO_CBLAS=1 NO_LAPACKE=1)
+    # All precisions: the Windows thread server of this OpenBLAS refers to the blocking
+    # sizes of each, and fails to compile with single precision alone.
     make -C "$src" -j2 "${options[@]}" libs netlib > "$deps/openblas.log" 2>&1 ||
       { tail -n 30 "$deps/openblas.log" >&2; exit 1; }
     make -C "$src" "${options[@]}" PREFIX="$deps/openblas" install >> "$deps/openblas.log" 2>&1 ||
