@@ -1,6 +1,6 @@
 #include "console.h"
 
-#include <unistd.h>
+#include "platform.h"
 
 #include <cstring>
 
@@ -8,22 +8,22 @@ namespace quellon_cli {
 
 Console::Console() {
   std::fflush(stdout);
-  saved_stdout_ = dup(STDOUT_FILENO);
+  saved_stdout_ = DupFd(kStdoutFd);
   if (saved_stdout_ >= 0) {
-    out_ = fdopen(dup(saved_stdout_), "w");
-    interactive_ = isatty(saved_stdout_) != 0;
+    out_ = OpenFd(DupFd(saved_stdout_), "w");
+    interactive_ = IsTerminal(saved_stdout_);
   }
   if (out_ == nullptr) out_ = stderr;
   capture_ = std::tmpfile();
-  if (capture_ != nullptr) dup2(fileno(capture_), STDOUT_FILENO);
+  if (capture_ != nullptr) Dup2Fd(fileno(capture_), kStdoutFd);
 }
 
 Console::~Console() {
   finish_progress();
   std::fflush(stdout);
   if (saved_stdout_ >= 0) {
-    dup2(saved_stdout_, STDOUT_FILENO);
-    close(saved_stdout_);
+    Dup2Fd(saved_stdout_, kStdoutFd);
+    CloseFd(saved_stdout_);
   }
   if (capture_ != nullptr) std::fclose(capture_);
   if (out_ != stderr) std::fclose(out_);
@@ -72,10 +72,10 @@ std::string Console::captured_engine_output() {
   std::string text;
   if (capture_ == nullptr) return text;
   // Read without moving the offset that the engine's standard output writes at.
-  const off_t size = lseek(STDOUT_FILENO, 0, SEEK_CUR);
+  const long long size = FdOffset(kStdoutFd);
   if (size <= 0) return text;
   text.resize(static_cast<std::size_t>(size));
-  const ssize_t got = pread(fileno(capture_), text.data(), text.size(), 0);
+  const long long got = ReadAt(fileno(capture_), text.data(), text.size(), 0);
   text.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
   return text;
 }

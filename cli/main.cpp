@@ -1,7 +1,6 @@
 // quellon: the command-line host of QuellonEngine. It uses the engine only through its
 // C API, as any host application does: it reads a text model file, runs the analysis,
 // shows the engine's messages and progress, and prints a summary an engineer reads first.
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -15,6 +14,7 @@
 #include "model_check.h"
 #include "model_peek.h"
 #include "output_paths.h"
+#include "platform.h"
 #include "post_run_warnings.h"
 #include "quellon.h"
 #include "result_summary.h"

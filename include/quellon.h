@@ -214,9 +214,17 @@ QUELLON_API int QuellonSetPileCapCentreOfRotationCallback(QuellonCentreOfRotatio
  * is set; otherwise only logs that nothing was cleared. Returns 1. */
 QUELLON_API int QuellonCloseAllCallbacks(void);
 
-/* Progress notifications ("Tolmark2Message"): this platform has no broadcast window
- * messages, so a host that wants them registers an observer, called at each post with
- * the message name, the first parameter (0) and the second (the message id - 256). */
+/* Progress notifications ("Tolmark2Message"), posted when the XML output's header is
+ * written (second parameter -247) and when the final increment is completed (-239); the
+ * first parameter is 0.
+ * On Windows they are real window messages: the engine posts the message registered
+ * under that name (RegisterWindowMessageA) to HWND_BROADCAST, which reaches every
+ * top-level window, with wParam 0 and lParam the second parameter. A host receives
+ * them in the window procedure of a top-level window (a hidden one will do) when it
+ * pumps its messages. The observer is never called there: it would repeat each post.
+ * Elsewhere there are no broadcast window messages, so a host that wants them
+ * registers an observer, called at each post with the message name and the two
+ * parameters. Registering returns 1 on every platform. */
 typedef void (*QuellonWindowMessageFn)(const char* name, long wparam, long lparam);
 QUELLON_API int QuellonSetWindowMessageObserver(QuellonWindowMessageFn fn);
 

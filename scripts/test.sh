@@ -9,8 +9,10 @@ cmake --build "$build" -j"$(nproc)"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
 
 # CI (CI=true) goes further: the whole suite again under AddressSanitizer and
-# UndefinedBehaviorSanitizer, and a short run of the fuzz target of the model reader.
+# UndefinedBehaviorSanitizer, a short run of the fuzz target of the model reader, and
+# the Windows DLL cross-built and tested under wine.
 if [ "${CI:-false}" = "true" ]; then
   bash scripts/test-sanitizers.sh
   bash scripts/test-fuzz.sh
+  LINUX_BUILD_DIR="$build" bash scripts/test-windows.sh
 fi

@@ -1,7 +1,11 @@
 #include "engine/available_memory.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <sys/resource.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cstdio>
@@ -13,6 +17,43 @@ namespace {
 
 constexpr std::uint64_t kUnknown = UINT64_MAX;
 constexpr std::uint64_t kMiB = 1024u * 1024u;
+
+}  // namespace
+
+#if defined(_WIN32)
+
+// Windows commits memory when it is allocated, so a request beyond the commit limit
+// fails at once; the probe still keeps a run from paging the machine to a standstill.
+// The three figures: free physical memory, what the commit limit still allows (in the
+// place of a cgroup's limit), and the free user address space.
+namespace {
+
+bool MemoryStatus(MEMORYSTATUSEX& status) {
+  status = MEMORYSTATUSEX{};
+  status.dwLength = sizeof status;
+  return GlobalMemoryStatusEx(&status) != 0;
+}
+
+}  // namespace
+
+std::uint64_t MachineAvailableBytes() {
+  MEMORYSTATUSEX status;
+  return MemoryStatus(status) ? status.ullAvailPhys : kUnknown;
+}
+
+std::uint64_t CgroupAvailableBytes() {
+  MEMORYSTATUSEX status;
+  return MemoryStatus(status) ? status.ullAvailPageFile : kUnknown;
+}
+
+std::uint64_t AddressSpaceAvailableBytes() {
+  MEMORYSTATUSEX status;
+  return MemoryStatus(status) ? status.ullAvailVirtual : kUnknown;
+}
+
+#else
+
+namespace {
 
 // The first unsigned number in a small file, or kUnknown. cgroup files hold "max" for
 // no limit, which reads as no number.
@@ -66,6 +107,8 @@ std::uint64_t AddressSpaceAvailableBytes() {
   if (pages == kUnknown || page_size <= 0) return kUnknown;
   return Difference(static_cast<std::uint64_t>(limit.rlim_cur), pages * static_cast<std::uint64_t>(page_size));
 }
+
+#endif
 
 std::uint64_t AvailableMemoryBytes() {
   const std::uint64_t least =

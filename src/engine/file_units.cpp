@@ -106,7 +106,11 @@ int CreateLOGFile(Engine& e, std::string_view path) {
 ClockText LocalClockText() {
   const std::time_t t = std::time(nullptr);
   std::tm local{};
+#if defined(_WIN32)
+  localtime_s(&local, &t);
+#else
   localtime_r(&t, &local);
+#endif
   char date[32];
   char time[32];
   std::snprintf(date, sizeof date, "%02d/%02d/%04d", local.tm_mday, local.tm_mon + 1, local.tm_year + 1900);
