@@ -4,12 +4,17 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 build=${BUILD_DIR:-build}
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DQUELLON_BUILD_BENCH=OFF >/dev/null
+# CI treats every compiler warning as an error.
+werror=OFF
+if [ "${CI:-false}" = "true" ]; then werror=ON; fi
+export QUELLON_WERROR=$werror
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DQUELLON_WERROR=$werror -DQUELLON_BUILD_BENCH=OFF >/dev/null
 cmake --build "$build" -j"$(nproc)"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
 
 # CI (CI=true) goes further: the whole suite again under AddressSanitizer and
-# UndefinedBehaviorSanitizer, and a short run of the fuzz target of the model reader.
+# UndefinedBehaviorSanitizer with the assertions live, and a short run of the fuzz target
+# of the model reader.
 if [ "${CI:-false}" = "true" ]; then
   bash scripts/test-sanitizers.sh
   bash scripts/test-fuzz.sh
