@@ -51,11 +51,10 @@ std::string FormatTrimmed(float v, int n) {
   if (v == 0.0f) return "0.";  // negative zero too: no sign on a zero
   // Below 1 the field is exactly as wide as "0." and the decimals, so the leading zero
   // stands; from 1 up the field is minimal. Either way the text is the decimal text.
-  std::string s = DecimalText(v, TrimmedFieldOf(v, n).decimals);
-  // The decimals were counted before rounding; zeros that a carry leaves behind
-  // (2.996 -> "3.00") go, so that the text read back trims to itself ("3.").
-  while (s.back() == '0') s.pop_back();
-  return s;
+  // The decimals are counted on the single-precision value before rounding, and the
+  // rounding keeps them all: 2.996 gives "3.00", 1.0001 gives "1.00". Read back, the
+  // text gives the value rounded to those decimals.
+  return DecimalText(v, TrimmedFieldOf(v, n).decimals);
 }
 
 std::string FormatFixed(float v, int d) {

@@ -5,9 +5,9 @@
 //             is "0.".
 //   trim(n)   the decimals run up to the last non-zero one, at most n; a whole number
 //             keeps its point ("2500.") and a magnitude below 1 keeps its leading zero
-//             ("0.25"). Values with more than n decimals are rounded to n, and zeros
-//             that the rounding leaves at the end are dropped (2.996 -> "3."), so a
-//             value read back from the text gives the same text again.
+//             ("0.25"). The decimals are counted in single precision before rounding,
+//             and a value with more than n decimals is rounded to n, keeping them all
+//             (2.996 -> "3.00", 0.005 -> "0.00").
 #pragma once
 
 #include <string>

@@ -49,7 +49,7 @@ typedef float Float4 __attribute__((vector_size(16)));
 inline float Sqrt(float v) { return std::sqrt(v); }
 inline Float4 Sqrt(Float4 v) {
 #if defined(__SSE__)
-  return (Float4)_mm_sqrt_ps((__m128)v);
+  return static_cast<Float4>(_mm_sqrt_ps(static_cast<__m128>(v)));
 #else
   return Float4{std::sqrt(v[0]), std::sqrt(v[1]), std::sqrt(v[2]), std::sqrt(v[3])};
 #endif

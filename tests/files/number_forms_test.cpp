@@ -39,8 +39,9 @@ TEST(NumberForms, TextModelTrimmedAndFixedForms) {
   const std::pair<std::string, std::string> cases[] = {
       {FormatTrimmed(12.0f, 2), "12."}, {FormatTrimmed(-0.0f, 1), "0."}, {FormatTrimmed(-50.5f, 2), "-50.5"},
       {FormatTrimmed(0.125f, 2), "0.13"}, {FormatTrimmed(2.3f, 3), "2.3"}, {FormatTrimmed(57.7f, 2), "57.7"},
-      {FormatTrimmed(2.555f, 2), "2.56"}, {FormatTrimmed(-0.25f, 2), "-0.25"}, {FormatTrimmed(2.996f, 2), "3."},
-      {FormatTrimmed(9.999f, 2), "10."}, {FormatTrimmed(1.2049f, 2), "1.2"}, {FormatTrimmed(-0.0049f, 2), "0."},
+      {FormatTrimmed(2.555f, 2), "2.56"}, {FormatTrimmed(-0.25f, 2), "-0.25"}, {FormatTrimmed(2.996f, 2), "3.00"},
+      {FormatTrimmed(9.9999f, 2), "10.00"}, {FormatTrimmed(1.2049f, 2), "1.20"}, {FormatTrimmed(0.005f, 2), "0.00"},
+      {FormatTrimmed(-0.0049f, 2), "0.00"}, {FormatTrimmed(0.3f, 3), "0.300"}, {FormatTrimmed(-0.2f, 3), "-0.2"},
       {FormatFixed(0.5f, 2), ".50"}, {FormatFixed(-0.5f, 2), "-.50"}, {FormatFixed(-0.0f, 2), ".00"},
       {FormatFixed(30.0f, 1), "30.0"}, {FormatFixed(148.5f, 0), "149."}, {FormatFixed(-148.5f, 0), "-149."},
       {FormatFixed(0.125f, 2), ".13"}, {FormatFixed(-0.001f, 2), ".00"}, {FormatFixed(1200.0f, 2), "1200.00"},

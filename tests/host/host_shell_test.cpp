@@ -48,8 +48,6 @@ TEST_F(HostShell, CallsEchoToTheLogAndIndexErrorsStoreNothing) {
        "SetLayerStiffness...|    Layer 2, Ev = 15000.0, dEv = 250.5, Eh = 12000.0, dEh = .0, poisson = .35"},
       {[] { return QuellonSetRockInterfaceParameters(0, 1, 2, 3, 4, 5); }, 0,
        "SetRockInterfaceParameters...|Error! Number must be > 0 and < 2. Value = 0"},
-      {[] { return QuellonSetRockInterfaceParameters(2, 1, 2, 3, 4, 5); }, 1,
-       "SetRockInterfaceParameters...|    Layer 2, k1 = 1.00, k2 = 2.00, k3 = 3.00, k4 = 4.00, k5 = 5.00"},
       {[] { return QuellonSetPileReinforcedSectionProperties(2, 8.0, 2500.0, 190.0, 190.5, 150.0); }, 1,
        "SetPileReinforcedSectionProperties...|"
        "    Pile 2, length = 8.00, EA = 2500000.00, EIx = 190000.00, EIy = 190500.00, GJ = 150000.00"},
@@ -63,7 +61,6 @@ TEST_F(HostShell, CallsEchoToTheLogAndIndexErrorsStoreNothing) {
     std::istringstream in(lines);
     for (std::string line; std::getline(in, line, '|');) want.push_back(line);
   }
-  EXPECT_EQ(QuellonGetBoreholeNumberOfLayers(), 2);
   QuellonCloseLOGFile();
   const Lines log = ReadLines(Path("echo.log"));  // a five-line head, then the closing pair
   ASSERT_EQ(log.size(), want.size() + 7);
@@ -91,15 +88,8 @@ TEST_F(HostShell, CRecorderHearsARunInOrderAndTheRunResetsTheModelOnly) {
     const Lines ev = Events();
     EXPECT_EQ(ev.at(run - 1), "message 0 " + kRunning);  // the second closes the first's XML output first
     EXPECT_EQ(ev.back(), "message 0 Finished running the boundary element analysis (success)");
-    Lines calls, want;
-    for (const std::string& e : ev) {
-      const std::string kind = e.substr(0, e.find(' '));
-      if (kind != "message" && kind != "window") calls.push_back(kind == "create" || kind == "counter" ? e : kind);
-    }
-    for (const std::string i : {"1", "2", "3"})
-      want.insert(want.end(), {"create " + i, "stiffnesses", "matrix", "centre", "loads", "displacements", "counter " + i});
-    EXPECT_EQ(calls, want);
-    // After the increments: the final post once, then the release.
+    // The order within an increment is the linear suite's; here, after the three
+    // increments, the final post comes once, then the release.
     const std::size_t post = Find(ev, "window Tolmark2Message 0 -239");
     EXPECT_GT(post, Find(ev, "counter 3"));
     EXPECT_LT(post, Find(ev, "message 0 Releasing memory ..."));

@@ -132,7 +132,7 @@ double MovementDifference(const std::array<float, 6>& a, const std::array<float,
   const double turn = std::max({std::fabs(a[3]), std::fabs(a[4]), std::fabs(a[5])});
   double worst = 0.0;
   for (int i = 0; i < 6; ++i) {
-    const double d = std::fabs(double(a[i]) - b[i]);
+    const double d = std::fabs(double(a[i]) - double(b[i]));
     if (d > 0.0) worst = std::max(worst, d / (i < 3 ? move : turn));  // infinite against a zero scale
   }
   return worst;

@@ -37,12 +37,12 @@ Increment Only(const RunRecord& run) {
 // whose axes may be taken in the order t and with the signs s.
 constexpr int kAxes[7] = {0, 1, 2, 3, 4, 5, 6}, kSigns[7] = {0, 1, 1, 1, 1, 1, 1};
 double Scaled(const Increment& r, int a, int b, double value) {
-  return std::fabs(value) / std::sqrt(double(r.K(a, a)) * r.K(b, b));
+  return std::fabs(value) / std::sqrt(double(r.K(a, a)) * double(r.K(b, b)));
 }
 double StiffnessDifference(const Increment& a, const Increment& b, const int* t = kAxes, const int* s = kSigns) {
   double worst = 0.0;
   for (int i = 1; i <= 6; ++i)
-    for (int j = 1; j <= 6; ++j) worst = std::max(worst, Scaled(b, i, j, b.K(i, j) - s[i] * s[j] * double(a.K(t[i], t[j]))));
+    for (int j = 1; j <= 6; ++j) worst = std::max(worst, Scaled(b, i, j, double(b.K(i, j)) - s[i] * s[j] * double(a.K(t[i], t[j]))));
   return worst;
 }
 
@@ -57,7 +57,7 @@ void ExpectScaledResults(const fs::path& a_path, const fs::path& b_path, double 
       for (const auto& [key, va] : a.piles[0][p][k]) {
         if (key == "Depth" || key == "Length") continue;  // geometry
         // Displacements and rotations are cut off at 2.5e-4, forces and stresses at 0.025.
-        const double want = factor * va.value, cut = key[0] == 'D' || key[0] == 'R' ? 2.5e-4 : 0.025;
+        const double want = factor * double(va.value), cut = key[0] == 'D' || key[0] == 'R' ? 2.5e-4 : 0.025;
         EXPECT_NEAR(b.piles[0].at(p).at(k).at(key).value, want, 2e-3 * std::fabs(want) + cut) << p << " " << k << key;
         ++compared;
       }
@@ -75,7 +75,7 @@ TEST_F(LinearAnalysis, SymmetricGroupSettlesWithoutTurningAndPilesShareByPositio
   // No sway, tilt or twist: each below a millionth of the settlement (the rotations taken
   // over the 2 m lever to the outer piles).
   for (int i : {0, 1}) EXPECT_LT(std::fabs(r.disp[i]), 1e-6 * s) << i;
-  for (int i : {3, 4, 5}) EXPECT_LT(2.0 * std::fabs(r.disp[i]), 1e-6 * s) << i;
+  for (int i : {3, 4, 5}) EXPECT_LT(2.0 * double(std::fabs(r.disp[i])), 1e-6 * s) << i;
   const XmlResults xml = ReadXml(run.xml);
   ASSERT_TRUE(xml.piles.size() == 1 && xml.piles[0].size() == 9);
   std::vector<double> head;
@@ -113,7 +113,7 @@ TEST_F(LinearAnalysis, PileHeadLoadsAtCapLevelBalanceTheCapLoads) {
     const double axial = h.at("Force Z").value, x = h.at("Force X").value, y = h.at("Force Y").value;
     const double v = std::cos(a) * std::cos(e) * axial + std::sin(a) * x + std::sin(e) * y;
     const double hx = std::cos(a) * x - std::sin(a) * axial, hy = std::cos(e) * y - std::sin(e) * axial;
-    const double dx = m.piles[p].x - r.centre_xy[0], dy = m.piles[p].y - r.centre_xy[1];
+    const double dx = m.piles[p].x - double(r.centre_xy[0]), dy = m.piles[p].y - double(r.centre_xy[1]);
     const double terms[6][3] = {{hx}, {hy}, {v}, {dy * v, h.at("Moment X").value},
                                 {dx * v, h.at("Moment Y").value}, {h.at("Moment Z").value, -dy * hx, dx * hy}};
     for (int i = 0; i < 6; ++i)
@@ -184,8 +184,8 @@ TEST_F(LinearAnalysis, GroupStiffnessOfVerticalPilesIsSymmetricToTheDiscretisati
     const Increment r = Only(Analyse(dir, std::to_string(n), &m));
     double worst = 0.0, twist = 0.0;
     for (int a = 1; a <= 5; ++a) {
-      for (int b = a + 1; b <= 5; ++b) worst = std::max(worst, Scaled(r, a, b, double(r.K(a, b)) - r.K(b, a)));
-      twist = std::max(twist, Scaled(r, a, 6, double(r.K(a, 6)) - r.K(6, a)));
+      for (int b = a + 1; b <= 5; ++b) worst = std::max(worst, Scaled(r, a, b, double(r.K(a, b)) - double(r.K(b, a))));
+      twist = std::max(twist, Scaled(r, a, 6, double(r.K(a, 6)) - double(r.K(6, a))));
     }
     EXPECT_LT(worst, previous / 2.0) << n << " elements";
     EXPECT_LT(twist, 0.05) << n << " elements";
@@ -215,7 +215,7 @@ TEST_F(LinearAnalysis, OneIncrementCallsTheHostInOrderWithConsistentValues) {
   const float load[6] = {90.0f, -60.0f, 2400.0f, 100.0f + dy * 2400.0f, -50.0f + dx * 2400.0f, 30.0f - 60.0f * dx - dy * 90.0f};
   for (int i = 1; i <= 6; ++i) {
     double f = 0.0, scale = 0.0;
-    for (int j = 1; j <= 6; ++j) f += double(r.K(i, j)) * r.disp[j - 1], scale += std::fabs(double(r.K(i, j)) * r.disp[j - 1]);
+    for (int j = 1; j <= 6; ++j) f += double(r.K(i, j)) * double(r.disp[j - 1]), scale += std::fabs(double(r.K(i, j)) * double(r.disp[j - 1]));
     EXPECT_NEAR(r.load[i - 1], load[i - 1], 0.024) << i;
     EXPECT_NEAR(f, r.load[i - 1], 1e-5 * scale) << i;
   }

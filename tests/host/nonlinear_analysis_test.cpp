@@ -102,7 +102,7 @@ TEST_F(NonLinearAnalysis, WithoutSofteningLinearUntilAYieldFoundAtTheEndOfItsInc
   const std::vector<int> lag_yields = AxialYields(lag, 5);
   EXPECT_EQ(std::count(lag_yields.begin(), lag_yields.end(), 1), 1);
   ASSERT_EQ(lag.increments.size(), 2u);
-  EXPECT_NEAR(lag.increments[0].disp[2], linear.increments.at(0).disp[2], 1e-6 * linear.increments[0].disp[2]);
+  EXPECT_NEAR(lag.increments[0].disp[2], linear.increments.at(0).disp[2], 1e-6 * double(linear.increments[0].disp[2]));
   EXPECT_GT(SettlementSteps(lag)[1], 1.05 * SettlementSteps(lag)[0]);
 }
 
@@ -153,7 +153,7 @@ TEST_F(NonLinearAnalysis, ReversedHorizontalLoadMirrorsTheGroup) {
     XmlResults xml[2];
     for (std::size_t s = 0; s < 2; ++s) {
       Model m = ClayPiles(2, 6, 4, 400.0, 0.5);
-      for (std::size_t p = 0; p < 2; ++p) m.piles[p].x = 0.0, (axis == 0 ? m.piles[p].x : m.piles[p].y) = 1.5 * p - 0.75;
+      for (std::size_t p = 0; p < 2; ++p) m.piles[p].x = 0.0, (axis == 0 ? m.piles[p].x : m.piles[p].y) = 1.5 * double(p) - 0.75;
       (axis == 0 ? m.fx : m.fy) = s == 0 ? 1000.0 : -1000.0;
       runs[s] = Analyse(dir, std::to_string(axis) + std::to_string(s), &m);
       xml[s] = ReadXml(runs[s].xml);
@@ -174,7 +174,7 @@ TEST_F(NonLinearAnalysis, ReversedHorizontalLoadMirrorsTheGroup) {
         for (std::size_t k = 1; k <= 6; ++k) {
           const XmlValue &a = xml[0].piles[b][p][k].at(along),
                          &m = xml[1].piles[b][1 - p][k].at(along);
-          EXPECT_NEAR(m.value, -a.value, 2e-3 * std::fabs(a.value) + 0.02) << axis << b << p << k;
+          EXPECT_NEAR(m.value, -a.value, 2e-3 * double(std::fabs(a.value)) + 0.02) << axis << b << p << k;
           EXPECT_EQ(m.yield, a.yield) << axis << b << p << k;
           yields += a.yield ? 1 : 0;
         }
