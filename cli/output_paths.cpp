@@ -13,12 +13,33 @@ namespace {
 
 constexpr const char* kTemporarySuffix = ".part";
 
+// Paths are UTF-8 text throughout the CLI. On Windows std::filesystem converts narrow
+// strings with the C library's locale rather than the process's code page, which fails
+// on letters outside ASCII; going through char8_t makes the conversion UTF-8 there. On
+// POSIX systems the bytes pass unchanged either way.
+fs::path PathOf(const std::string& text) {
+#ifdef _WIN32
+  return fs::path(std::u8string(text.begin(), text.end()));
+#else
+  return fs::path(text);
+#endif
+}
+
+std::string TextOf(const fs::path& path) {
+#ifdef _WIN32
+  const std::u8string text = path.u8string();
+  return std::string(text.begin(), text.end());
+#else
+  return path.string();
+#endif
+}
+
 // The absolute, normalised form of a path whose file need not exist yet: the existing
 // part resolved (links followed), the rest appended and normalised by its text.
 fs::path Resolved(const std::string& path) {
   std::error_code ec;
-  const fs::path absolute = fs::absolute(fs::path(path), ec);
-  if (ec) return fs::path(path).lexically_normal();
+  const fs::path absolute = fs::absolute(PathOf(path), ec);
+  if (ec) return PathOf(path).lexically_normal();
   fs::path canonical = fs::weakly_canonical(absolute, ec);
   if (ec) return absolute.lexically_normal();
   return canonical;
@@ -29,7 +50,7 @@ fs::path Resolved(const std::string& path) {
 bool SameFile(const std::string& a, const std::string& b) {
   if (Resolved(a) == Resolved(b)) return true;
   std::error_code ec;
-  return fs::equivalent(fs::path(a), fs::path(b), ec) && !ec;
+  return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
 }
 
 struct Named {
@@ -42,12 +63,12 @@ struct Named {
 std::string TemporaryName(const std::string& final_path) { return final_path + kTemporarySuffix; }
 
 std::string FailedLogName(const std::string& log_path) {
-  const fs::path p(log_path);
-  const std::string stem = p.stem().string(), ext = p.extension().string();
+  const fs::path p = PathOf(log_path);
+  const std::string stem = TextOf(p.stem()), ext = TextOf(p.extension());
   if (stem.empty()) return log_path + ".failed";
   fs::path failed = p;
-  failed.replace_filename(stem + ".failed" + ext);
-  return failed.string();
+  failed.replace_filename(PathOf(stem + ".failed" + ext));
+  return TextOf(failed);
 }
 
 std::string CheckPaths(const std::string& model, const OutputSet& outputs, bool with_temporaries) {
@@ -85,16 +106,16 @@ std::string CheckPaths(const std::string& model, const OutputSet& outputs, bool 
 
 std::string MakeFolder(const std::string& dir) {
   std::error_code ec;
-  fs::create_directories(fs::path(dir), ec);
+  fs::create_directories(PathOf(dir), ec);
   if (ec) return "cannot create the folder " + dir + ": " + ec.message();
-  if (!fs::is_directory(fs::path(dir), ec)) return dir + " is not a folder";
+  if (!fs::is_directory(PathOf(dir), ec)) return dir + " is not a folder";
   return "";
 }
 
 std::string CheckFolders(const OutputSet& outputs) {
   for (const std::string* path : {&outputs.xml, &outputs.txt, &outputs.log}) {
     if (path->empty()) continue;
-    const fs::path p(*path);
+    const fs::path p = PathOf(*path);
     std::error_code ec;
     if (fs::is_directory(p, ec)) return *path + " is a folder, not a file";
     const fs::path folder = p.has_parent_path() ? p.parent_path() : fs::path(".");
@@ -111,7 +132,7 @@ std::string CommitOutputs(const OutputSet& outputs) {
   for (const std::string* path : {&outputs.xml, &outputs.txt, &outputs.log}) {
     if (path->empty()) continue;
     std::error_code ec;
-    fs::rename(fs::path(TemporaryName(*path)), fs::path(*path), ec);
+    fs::rename(PathOf(TemporaryName(*path)), PathOf(*path), ec);
     if (ec) return "cannot move " + TemporaryName(*path) + " to " + *path + ": " + ec.message();
   }
   return "";
@@ -120,11 +141,11 @@ std::string CommitOutputs(const OutputSet& outputs) {
 std::string DiscardOutputs(const OutputSet& outputs) {
   std::error_code ec;
   for (const std::string* path : {&outputs.xml, &outputs.txt})
-    if (!path->empty()) fs::remove(fs::path(TemporaryName(*path)), ec);
-  const fs::path log = TemporaryName(outputs.log);
+    if (!path->empty()) fs::remove(PathOf(TemporaryName(*path)), ec);
+  const fs::path log = PathOf(TemporaryName(outputs.log));
   if (!fs::exists(log, ec)) return "";
   const std::string kept = FailedLogName(outputs.log);
-  fs::rename(log, fs::path(kept), ec);
+  fs::rename(log, PathOf(kept), ec);
   return ec ? TemporaryName(outputs.log) : kept;
 }
 

@@ -95,9 +95,23 @@ else
   lapack="$deps/lapack/lib/liblapack.a;$deps/lapack/lib/libblas.a;gfortran;quadmath"
 fi
 
+# libxml2 for the command-line host, which reads the run's XML back: static, and
+# without the parts that would pull in more libraries (iconv, compression, networking).
+if [ ! -f "$deps/libxml2/install/lib/libxml2.a" ]; then
+  src=$(source_of libxml2)
+  cmake -S "$src" -B "$deps/libxml2" -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_BUILD_TYPE=Release \
+    "${launcher[@]}" -DCMAKE_INSTALL_PREFIX="$deps/libxml2/install" -DBUILD_SHARED_LIBS=OFF \
+    -DLIBXML2_WITH_ICONV=OFF -DLIBXML2_WITH_LZMA=OFF -DLIBXML2_WITH_ZLIB=OFF -DLIBXML2_WITH_PYTHON=OFF \
+    -DLIBXML2_WITH_TESTS=OFF -DLIBXML2_WITH_PROGRAMS=OFF -DLIBXML2_WITH_HTTP=OFF -DLIBXML2_WITH_FTP=OFF \
+    > "$deps/libxml2.log" 2>&1 || { tail -n 30 "$deps/libxml2.log" >&2; exit 1; }
+  cmake --build "$deps/libxml2" -j2 --target install >> "$deps/libxml2.log" 2>&1 ||
+    { tail -n 30 "$deps/libxml2.log" >&2; exit 1; }
+fi
+
 cmake -S "$root" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_BUILD_TYPE=Release \
   "${launcher[@]}" -DQUELLON_BUILD_BENCH=OFF -DQUELLON_BUILD_TESTS=$tests \
-  -DQUELLON_LAPACK_LIBRARIES="$lapack" > "$build/configure.log" 2>&1 ||
+  -DQUELLON_LAPACK_LIBRARIES="$lapack" -DLIBXML2_INCLUDE_DIR="$deps/libxml2/install/include/libxml2" \
+  -DLIBXML2_LIBRARY="$deps/libxml2/install/lib/libxml2.a" > "$build/configure.log" 2>&1 ||
   { cat "$build/configure.log" >&2; exit 1; }
 targets=(--target quellon quellon_cli)
 [ "$tests" = ON ] && targets+=(soil_tests solution_tests dll_host dll_host_utf8)

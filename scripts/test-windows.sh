@@ -49,6 +49,12 @@ echo "quellon.dll imports: $imports"
 for dll in $imports; do
   case ${dll,,} in kernel32.dll|user32.dll|msvcrt.dll) ;; *) echo "not a system DLL: $dll"; status=1 ;; esac
 done
+# quellon.exe, with libxml2 linked in, needs the engine's DLL and system DLLs only.
+imports=$(x86_64-w64-mingw32-objdump -p "$win/dist/quellon.exe" | sed -n 's/.*DLL Name: //p' | tr '\n' ' ')
+echo "quellon.exe imports: $imports"
+for dll in $imports; do
+  case ${dll,,} in quellon.dll|kernel32.dll|user32.dll|msvcrt.dll|ws2_32.dll) ;; *) echo "not a system DLL: $dll"; status=1 ;; esac
+done
 
 for suite in soil solution; do
   echo "== $suite suite under wine"
@@ -92,10 +98,16 @@ echo "== quellon.exe under wine (it runs with UTF-8 as its code page)"
 cp "$win/dist/quellon.exe" "$work/windows/bin/"
 (cd "$work/windows" && "$wine" bin/quellon.exe run "../$model8" --out-dir cli --quiet) | tr -d '\r' | tail -n 3 || status=1
 "$linux/cli/quellon" run "$work/$model8" --out-dir "$work/linux/cli" --quiet >/dev/null || status=1
-stem=$(basename "$model8" .tmw)
-for ext in xml txt; do
-  cmp -s "$work/linux/cli/$stem.$ext" "$work/windows/cli/$stem.$ext" && echo "quellon.exe $ext: identical" ||
-    { echo "quellon.exe $ext: differs from the Linux build's"; status=1; }
+# The same files (no temporary .part file left behind), and the same XML, TXT and CSV.
+if [ "$(ls "$work/linux/cli")" = "$(ls "$work/windows/cli")" ]; then
+  echo "quellon.exe wrote: $(ls "$work/windows/cli" | tr '\n' ' ')"
+else
+  echo "quellon.exe wrote other files than the Linux build: $(ls "$work/windows/cli" | tr '\n' ' ')"; status=1
+fi
+for f in "$work/linux/cli"/*.xml "$work/linux/cli"/*.txt "$work/linux/cli"/*.csv; do
+  name=$(basename "$f")
+  cmp -s "$f" "$work/windows/cli/$name" && echo "quellon.exe $name: identical" ||
+    { echo "quellon.exe $name: differs from the Linux build's"; status=1; }
 done
 
 echo "Windows tests: build $((built - start)) s, wine prefix $((prefix - built)) s, runs $((SECONDS - prefix)) s"
