@@ -16,29 +16,15 @@
 #include <string>
 #include <vector>
 
+#include "cli_process.h"
 #include "quellon.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Outcome {
-  int status = -1;
-  std::string output;
-};
-
-Outcome RunCli(const std::string& args) {
-  Outcome o;
-  const std::string command = std::string(QUELLON_CLI_PATH) + " " + args + " 2>&1";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return o;
-  char buffer[4096];
-  std::size_t n;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) o.output.append(buffer, n);
-  const int raw = pclose(pipe);
-  o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return o;
-}
+using quellon_cli_test::Outcome;
+using quellon_cli_test::RunCli;
 
 fs::path Scratch(const std::string& name) {
   fs::path dir = fs::temp_directory_path() / ("quellon-cli-" + name + "-" + std::to_string(::getpid()));

@@ -15,26 +15,14 @@
 #include <string>
 #include <vector>
 
+#include "cli_process.h"
+
 namespace {
 
+using quellon_cli_test::Outcome;
+using quellon_cli_test::RunCli;
+
 namespace fs = std::filesystem;
-
-struct Outcome {
-  int status = -1;
-  std::string output;
-};
-
-Outcome Cli(const std::string& args) {
-  Outcome o;
-  FILE* pipe = popen((std::string(QUELLON_CLI_PATH) + " " + args + " 2>&1").c_str(), "r");
-  if (pipe == nullptr) return o;
-  char buffer[4096];
-  std::size_t n;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) o.output.append(buffer, n);
-  const int raw = pclose(pipe);
-  o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return o;
-}
 
 // The example with the first occurrence of from replaced by to, written into dir.
 fs::path Edited(const fs::path& dir, const std::string& example, const std::string& from, const std::string& to) {
@@ -86,7 +74,7 @@ TEST_F(CliWarnings, CheckFindsWhatRunRefusesAndWhatAReaderCannotSee) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    const Outcome o = Cli("check " + c.model.string() + " " + c.options);
+    const Outcome o = RunCli("check " + c.model.string() + " " + c.options);
     EXPECT_EQ(o.status, c.status) << o.output;
     for (const std::string& s : c.shown) EXPECT_NE(o.output.find(s), std::string::npos) << s << "\n" << o.output;
     if (*c.absent != '\0') {
@@ -97,7 +85,7 @@ TEST_F(CliWarnings, CheckFindsWhatRunRefusesAndWhatAReaderCannotSee) {
 
 TEST_F(CliWarnings, RunWarnsBeforeAndListsAgainInTheSummary) {
   const fs::path model = fs::path(QUELLON_EXAMPLES_DIR) / "raked_group_torque.tmw";
-  const Outcome warned = Cli("run " + model.string() + " --quiet --out-dir " + (dir_ / "a").string());
+  const Outcome warned = RunCli("run " + model.string() + " --quiet --out-dir " + (dir_ / "a").string());
   EXPECT_EQ(warned.status, 0) << warned.output;
   const std::size_t before = warned.output.find("warning: the loads put a torque of 860 kNm");
   const std::size_t summary = warned.output.find("Summary of");
@@ -108,7 +96,7 @@ TEST_F(CliWarnings, RunWarnsBeforeAndListsAgainInTheSummary) {
   EXPECT_LT(before, summary);
   EXPECT_LT(summary, again);
 
-  const Outcome silent = Cli("run " + model.string() + " --quiet --no-warnings --out-dir " + (dir_ / "b").string());
+  const Outcome silent = RunCli("run " + model.string() + " --quiet --no-warnings --out-dir " + (dir_ / "b").string());
   EXPECT_EQ(silent.status, 0);
   EXPECT_EQ(silent.output.find("torque of"), std::string::npos) << silent.output;
 }

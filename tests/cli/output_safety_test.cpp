@@ -18,28 +18,14 @@
 #include <string>
 #include <vector>
 
+#include "cli_process.h"
+
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Outcome {
-  int status = -1;
-  std::string output;
-};
-
-// Runs quellon in `dir`, so that relative paths are the user's.
-Outcome RunIn(const fs::path& dir, const std::string& args) {
-  Outcome o;
-  const std::string command = "cd '" + dir.string() + "' && " + QUELLON_CLI_PATH + " " + args + " 2>&1";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return o;
-  char buffer[4096];
-  std::size_t n;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) o.output.append(buffer, n);
-  const int raw = pclose(pipe);
-  o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return o;
-}
+using quellon_cli_test::Outcome;
+using quellon_cli_test::RunCli;
 
 std::string Contents(const fs::path& p) {
   std::ifstream in(p, std::ios::binary);
@@ -69,7 +55,7 @@ fs::path Workspace(const std::string& name, int line_no = 0, const std::string& 
 
 TEST(OutputSafety, PathsThatWouldCostAFileAreRefusedBeforeAnythingIsOpened) {
   const fs::path dir = Workspace("refused");
-  ASSERT_EQ(RunIn(dir, "run pier.tmw --quiet").status, 0);
+  ASSERT_EQ(RunCli("run pier.tmw --quiet", dir.string()).status, 0);
   std::ofstream(dir / "a" / "file") << "not a folder";
   const std::string long_name = std::string(300, 'x') + ".xml";
   const struct {
@@ -87,7 +73,7 @@ TEST(OutputSafety, PathsThatWouldCostAFileAreRefusedBeforeAnythingIsOpened) {
   };
   const auto before = Snapshot(dir);
   for (const auto& row : table) {
-    const Outcome o = RunIn(dir, row.args);
+    const Outcome o = RunCli(row.args, dir.string());
     EXPECT_EQ(o.status, 2) << row.args << "\n" << o.output;
     EXPECT_EQ(o.output.rfind("quellon: ", 0), 0u) << o.output;
     EXPECT_NE(o.output.find(row.reason), std::string::npos) << row.args << "\n" << o.output;
@@ -104,7 +90,7 @@ TEST(OutputSafety, ARefusedRunLeavesTheEarlierResultsAndKeepsItsOwnLog) {
   const std::string earlier = "earlier good result\n";
   for (const char* name : {"pier.xml", "pier.txt", "pier.log"}) std::ofstream(dir / name, std::ios::binary) << earlier;
   const auto before = Snapshot(dir);
-  const Outcome o = RunIn(dir, "run pier.tmw --quiet");
+  const Outcome o = RunCli("run pier.tmw --quiet", dir.string());
   EXPECT_EQ(o.status, 1) << o.output;
   EXPECT_NE(o.output.find("the LOG of this run is pier.failed.log"), std::string::npos) << o.output;
   auto after = Snapshot(dir);
@@ -118,7 +104,7 @@ TEST(OutputSafety, ARefusedRunLeavesTheEarlierResultsAndKeepsItsOwnLog) {
 TEST(OutputSafety, AGoodRunLeavesItsOutputsAndACleanLog) {
   const fs::path dir = Workspace("good");
   // A folder that does not exist yet, two levels deep.
-  const Outcome o = RunIn(dir, "run pier.tmw --quiet --out-dir new/deeper");
+  const Outcome o = RunCli("run pier.tmw --quiet --out-dir new/deeper", dir.string());
   ASSERT_EQ(o.status, 0) << o.output;
   const auto files = Snapshot(dir / "new" / "deeper");
   // The three documents and the two CSV files of a linear run, and no .part left behind.
@@ -132,7 +118,7 @@ TEST(OutputSafety, AGoodRunLeavesItsOutputsAndACleanLog) {
   // With the model's own flags asking for no pile results, the summary says so rather
   // than printing loads of 0 (line 12 holds the flags: only 16, the solver, and 25).
   const fs::path quiet = Workspace("flags", 12, "0000000000000001000000001000000000000000");
-  const Outcome kept = RunIn(quiet, "run pier.tmw --quiet --keep-flags");
+  const Outcome kept = RunCli("run pier.tmw --quiet --keep-flags", quiet.string());
   ASSERT_EQ(kept.status, 0) << kept.output;
   EXPECT_NE(kept.output.find("Pile head loads: not reported"), std::string::npos) << kept.output;
   fs::remove_all(dir);
