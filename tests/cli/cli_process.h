@@ -3,8 +3,10 @@
 #pragma once
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 
 namespace quellon_cli_test {
@@ -28,6 +30,15 @@ inline Outcome RunCli(const std::string& args, const std::string& dir = "") {
   const int raw = pclose(pipe);
   o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
   return o;
+}
+
+// An empty folder of its own under the system's temporary folder, for one test.
+inline std::filesystem::path Scratch(const std::string& name) {
+  const std::filesystem::path dir =
+      std::filesystem::temp_directory_path() / ("quellon-cli-" + name + "-" + std::to_string(::getpid()));
+  std::filesystem::remove_all(dir);
+  std::filesystem::create_directories(dir);
+  return dir;
 }
 
 }  // namespace quellon_cli_test

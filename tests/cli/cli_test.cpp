@@ -25,13 +25,7 @@ namespace {
 
 using quellon_cli_test::Outcome;
 using quellon_cli_test::RunCli;
-
-fs::path Scratch(const std::string& name) {
-  fs::path dir = fs::temp_directory_path() / ("quellon-cli-" + name + "-" + std::to_string(::getpid()));
-  fs::remove_all(dir);
-  fs::create_directories(dir);
-  return dir;
-}
+using quellon_cli_test::Scratch;
 
 std::string Padded260(const std::string& s) {
   std::string p = s;

@@ -19,27 +19,18 @@
 #include <string>
 #include <vector>
 
+#include "cli_process.h"
+
 namespace fs = std::filesystem;
 
 namespace {
 
-std::string RunCli(const std::string& args) {
-  std::string out;
-  FILE* pipe = popen((std::string(QUELLON_CLI_PATH) + " " + args + " 2>&1").c_str(), "r");
-  if (pipe == nullptr) return out;
-  char buffer[4096];
-  std::size_t n;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) out.append(buffer, n);
-  const int status = pclose(pipe);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) out += "\n[exit status not 0]";
-  return out;
-}
+using quellon_cli_test::Scratch;
 
-fs::path Scratch(const std::string& name) {
-  const fs::path dir = fs::temp_directory_path() / ("quellon-csv-" + name + "-" + std::to_string(::getpid()));
-  fs::remove_all(dir);
-  fs::create_directories(dir);
-  return dir;
+// What quellon printed, marked when it did not exit with status 0.
+std::string RunCli(const std::string& args) {
+  const quellon_cli_test::Outcome o = quellon_cli_test::RunCli(args);
+  return o.status == 0 ? o.output : o.output + "\n[exit status not 0]";
 }
 
 // ---- A CSV file: a header row and rows of text fields --------------------------------
