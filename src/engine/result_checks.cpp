@@ -166,7 +166,21 @@ int CheckSoilFlexibilityRows(Engine& e, int p) {
   const RealMatrix& G = e.ws.G;
   if (G.rows() < N || G.cols() < N || p < 1) return 1;
   int row = 0, col = 0;
-  if (!FindInBlock(G, (p - 1) * M + 1, M, 1, N, row, col)) return 1;
+  // The blocks that the assembly found finite are skipped; the others are searched in
+  // the order of the columns, so the first entry named is the same either way.
+  const LogicalMatrix& state = e.ws.SoilBlockState;
+  const int piles = e.foundation.NumberOfPiles;
+  const bool known = state.rows() == piles && state.cols() == piles && p <= piles && M * piles == N;
+  bool found = false;
+  if (known) {
+    for (int q = 1; q <= piles && !found; ++q) {
+      if (state(p, q) == kBlockFinite) continue;
+      found = FindInBlock(G, (p - 1) * M + 1, M, (q - 1) * M + 1, q * M, row, col);
+    }
+  } else {
+    found = FindInBlock(G, (p - 1) * M + 1, M, 1, N, row, col);
+  }
+  if (!found) return 1;
   return Fail(e, "the soil flexibility of " + UnknownText(e, row) + " under a load on " + UnknownText(e, col) +
                      " is not a finite number: two load points lie too close together, or the model's "
                      "dimensions are beyond single precision");

@@ -162,6 +162,7 @@ int CreateWorkspace(Engine& e) {
   for (const Shape& s : square) ok = ok && CreateReal2D(e, *s.m, s.rows, s.cols);
   ok = ok && CreateLogical2D(e, w.Yielded, 4, N);
   for (const Shape& s : rest) ok = ok && CreateReal2D(e, *s.m, s.rows, s.cols);
+  ok = ok && CreateLogical2D(e, w.SoilBlockState, P, P);
   if (!ok) {
     const char* text = "Error - insufficient memory/address space to create 2D matrices";
     LogLine(e, text);

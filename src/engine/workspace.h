@@ -75,6 +75,10 @@ struct Workspace {
   RealMatrix SectionEA, SectionEIx, SectionEIy, SectionGJ;  // n + 1 by P
   RealMatrix YamashitaEsv;  // n + 5 by P, created by the layer averaging during a run
   RealMatrix UBCV;          // N by 6
+  // What the assembly found of each M by M block of G, field pile p (row) and source
+  // pile q (column): kBlockUnchecked, kBlockFinite or kBlockNotFinite. The check of G's
+  // rows searches only the blocks not known to be finite, instead of N^2 entries again.
+  LogicalMatrix SoilBlockState;  // P by P
   RealVector LimitAxial, LimitX, LimitY, LimitTorsion;  // N, non-linear runs
 
   // ---- The six unit cap movements, solved anew at every increment.
@@ -112,6 +116,8 @@ struct Workspace {
   int YieldCountAxial = 0, YieldCountX = 0, YieldCountY = 0, YieldCountTorsion = 0;
 };
 
+enum SoilBlockCheck : std::int32_t { kBlockUnchecked = 0, kBlockFinite = 1, kBlockNotFinite = 2 };
+
 // Entry (i, j) of the group's pile flexibility D, N by N, from the blocks the workspace
 // keeps: column j of D has its M entries in the rows of j's own pile, and zeros in every
 // other row, since a pile moves only under the stresses on itself.
@@ -134,6 +140,7 @@ void ForEachArray(Workspace& w, F&& f) {
                         &w.SectionEIy, &w.SectionGJ, &w.YamashitaEsv})
     f(*m);
   f(w.Yielded);
+  f(w.SoilBlockState);
   for (RealVector* v :
        {&w.SoilDispInc,     &w.DispAxialInc,     &w.DispXInc,      &w.DispYInc,       &w.TwistInc,
         &w.DispAxial,       &w.DispX,            &w.DispY,         &w.Twist,          &w.StressAxialInc,

@@ -11,6 +11,7 @@
 // it, so they run as a second parallel loop of their own, over the pairs that have one:
 // the threads share that work evenly, and the phase timer sees it apart.
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
@@ -23,6 +24,7 @@
 #include "engine/internal_error.h"
 #include "engine/notify.h"
 #include "engine/phase_timer.h"
+#include "engine/result_checks.h"
 #include "engine/utilities.h"
 #include "soil/soil.h"
 #include "soil/soil_matrices.h"
@@ -53,6 +55,21 @@ void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
   for (int v = 1; v <= M; ++v) {
     std::memcpy(block.col(v), &G(M * (p - 1) + 1, M * (q - 1) + v), bytes);
   }
+}
+
+// What a block holds as the check of G's rows reads it; the state matrix is left alone
+// when the workspace has none of this model's shape.
+bool HasBlockStates(const Workspace& w, int piles) {
+  return w.SoilBlockState.rows() == piles && w.SoilBlockState.cols() == piles;
+}
+std::int32_t StateOf(const RealMatrix& block) {
+  return FirstNonFinite(block.data(), block.count()) == block.count() ? kBlockFinite : kBlockNotFinite;
+}
+bool TorsionBlockFinite(const RealMatrix& block, int n) {
+  for (int v = 3 * n + 2; v <= block.rows(); ++v)
+    if (FirstNonFinite(block.col(v) + 3 * n + 1, static_cast<std::size_t>(n)) != static_cast<std::size_t>(n))
+      return false;
+  return true;
 }
 
 // A pile without rake has one transverse block for both directions.
@@ -149,6 +166,10 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   const long long calls = static_cast<long long>(all.size()) * (n + 1) * (n + 1);
   const long long torsion_calls = 256LL * n * n * static_cast<long long>(twisted.size());
 
+  // Each block is checked for values that are not finite while it is at hand, so that
+  // the check of G's rows need not read them again.
+  const bool states = HasBlockStates(e.ws, piles);
+  LogicalMatrix& state = e.ws.SoilBlockState;
   const int count = static_cast<int>(all.size());
 #pragma omp parallel for schedule(dynamic, 4) num_threads(threads) if (calls >= kParallelPairCalls)
   for (int k = 0; k < count; ++k) {
@@ -157,6 +178,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     BuildPileInteractionMatrix(g, rule, axis(p), axis(q), pair_K, false);
     if (rigid) RigidLayerInteractionCorrection(g, rule, axis(p), axis(q), pair_K);
     CopyBlock(pair_K, p, q, G);
+    if (states) state(p, q) = StateOf(pair_K);
   }
 
   if (twisted.empty()) return;
@@ -166,7 +188,10 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   for (int k = 0; k < twists; ++k) {
     const auto [p, q] = twisted[static_cast<std::size_t>(k)];
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-    if (BuildPileTorsionInteraction(g, rule, axis(p), axis(q), pair_K)) CopyTorsionBlock(pair_K, n, p, q, G);
+    if (BuildPileTorsionInteraction(g, rule, axis(p), axis(q), pair_K)) {
+      CopyTorsionBlock(pair_K, n, p, q, G);
+      if (states && !TorsionBlockFinite(pair_K, n)) state(p, q) = kBlockNotFinite;
+    }
   }
 }
 
@@ -202,6 +227,7 @@ void AssembleSoilFlexibility(Engine& e, int p) {
     BuildOwnSoilBlock(g, pile, p, e.timer, e.ws.soil_K);
   }
   CopyBlock(e.ws.soil_K, p, p, G);
+  if (HasBlockStates(e.ws, piles)) e.ws.SoilBlockState(p, p) = StateOf(e.ws.soil_K);
   if (piles == 1) return;
 
   // The blocks between piles depend on nothing that changes from one pile to the next,
