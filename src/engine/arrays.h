@@ -138,6 +138,7 @@ using RealVector = Vec<float>;
 using RealMatrix = Mat<float>;
 using LogicalMatrix = Mat<std::int32_t>;
 using LogicalVector = Vec<std::int32_t>;
+using IntegerMatrix = Mat<std::int32_t>;
 using IntegerVector = Vec<std::int32_t>;
 
 }  // namespace quellon

@@ -92,6 +92,7 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   }
   WriteGroupFlexibility(e, k);
   SpreadCapMovement(e.foundation, g, k, w, packed);
+  FormSoilMovements(e, packed);
   packed.release();
   if (CheckIncrementResults(e, i) == 0) return IncrementEnd::kFail;
   SplitSoilDisplacements(g, w);

@@ -149,7 +149,7 @@ int CreateWorkspace(Engine& e) {
     RealMatrix* m;
     Size rows, cols;
   };
-  const Shape square[] = {{&w.system.GD, N, N}, {&w.G, N, N}, {&w.D, M, N}, {&w.G0, N_nonlinear, N_nonlinear}};
+  const Shape square[] = {{&w.system.GD, N_nonlinear, N_nonlinear}, {&w.G, N, N}, {&w.D, M, N}};
   const Shape rest[] = {
       {&w.soil_K, M, M},            {&w.pair_K, M, M},          {&w.pile_D, M, M},
       {&w.HeadAxial, P, K},         {&w.HeadX, P, K},           {&w.HeadMomentXZ, P, K},
@@ -163,6 +163,7 @@ int CreateWorkspace(Engine& e) {
   ok = ok && CreateLogical2D(e, w.Yielded, 4, N);
   for (const Shape& s : rest) ok = ok && CreateReal2D(e, *s.m, s.rows, s.cols);
   ok = ok && CreateLogical2D(e, w.SoilBlockState, P, P);
+  ok = ok && CreateLogical2D(e, w.SoilBlockIndex, P, P);
   if (!ok) {
     const char* text = "Error - insufficient memory/address space to create 2D matrices";
     LogLine(e, text);

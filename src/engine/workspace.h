@@ -4,11 +4,14 @@
 // movements are six columns wide whichever solver runs: nothing is ever written to or
 // read from a seventh.
 //
-// Memory is set by the N by N matrices, and the workspace holds only those a run needs:
-// G and GD in every run, G0 in a non-linear run only. The solve factorises GD in place,
-// since nothing reads the system matrix after its solve (the softening forms the next
-// one anew), and the pile flexibility D, which has nothing between piles, is kept as its
-// P diagonal blocks. So a linear run holds two N by N matrices and a non-linear run three.
+// Memory is set by the N by N matrices, and the workspace holds only those a run needs.
+// A linear run holds one: the assembly writes G, and the solve forms the system G + D in
+// G's own storage and factorises it there; the soil movements after the solve take G's
+// blocks from those the assembly kept or from the kernels again. A non-linear run holds
+// two: G, which stays elastic, and the system GD, formed anew by every softening from G,
+// D and the softening's decisions (the softened G is never stored: it is G with scaled
+// and released columns). The pile flexibility D, which has nothing between piles, is
+// kept as its P diagonal blocks.
 #pragma once
 
 #include <initializer_list>
@@ -25,7 +28,8 @@ struct Engine;
 // states stay those the two sides expect of each other.
 class GroupSystem {
  public:
-  RealMatrix GD;  // N by N: the matrix, or after a solve its factors
+  RealMatrix GD;  // N by N: the matrix, or after a solve its factors (in a linear run,
+                  // G's storage taken over when the system is formed)
 
   bool HoldsFactors() const { return factorised_; }  // a solve has overwritten GD
   bool Solved() const { return solved_; }            // ... and succeeded: Tractions solve it
@@ -46,8 +50,12 @@ class GroupSystem {
   void Factorising() {
     factorised_ = true;
     solved_ = false;
+    failure_ = 0;
   }
   void MarkSolved() { solved_ = true; }
+  // How the factorisation failed (the solver's code), 0 when it did not.
+  void MarkFailed(int code) { failure_ = code; }
+  int Failure() const { return failure_; }
   void Reset() { *this = State{}; }
 
  private:
@@ -59,16 +67,18 @@ class GroupSystem {
     solved_ = s.solved;
     unchanged_ = s.unchanged;
     planned_ = s.planned;
+    failure_ = 0;
     return *this;
   }
   bool factorised_ = false, solved_ = false, unchanged_ = false, planned_ = false;
+  int failure_ = 0;
 };
 
 // Grouped by what they hold over a run.
 struct Workspace {
   // ---- The ground and the piles: made before the increments, read by every one.
-  RealMatrix G;       // N by N, the soil flexibility (softened in a non-linear run)
-  RealMatrix G0;      // N by N elastic copy in a non-linear run, empty otherwise
+  RealMatrix G;       // N by N, the elastic soil flexibility; empty once a linear run's
+                      // system has taken its storage
   RealMatrix D;       // M by N: the diagonal blocks of the group's D, see PileFlexibility
   GroupSystem system;  // GD and what it holds
   RealMatrix soil_K, pair_K, pile_D;                        // M by M, one pile or pair at a time
@@ -79,6 +89,13 @@ struct Workspace {
   // pile q (column): kBlockUnchecked, kBlockFinite or kBlockNotFinite. The check of G's
   // rows searches only the blocks not known to be finite, instead of N^2 entries again.
   LogicalMatrix SoilBlockState;  // P by P
+  // G's blocks for the soil movements of a linear run, whose G becomes its system: for
+  // field pile p and source pile q != p, the column of SoilPairBlocks (from 0, in M
+  // columns) of their block, or -1 when it is not kept; for q = p, the pile whose own
+  // block pile p took (SoilOwnBlocks holds it at that pile's place when kept). The
+  // assembly makes the two block tables, when they are small beside G.
+  IntegerMatrix SoilBlockIndex;             // P by P
+  RealMatrix SoilPairBlocks, SoilOwnBlocks;  // M by M times the kept blocks
   RealVector LimitAxial, LimitX, LimitY, LimitTorsion;  // N, non-linear runs
 
   // ---- The six unit cap movements, solved anew at every increment.
@@ -106,8 +123,8 @@ struct Workspace {
   // ---- The state of the non-linear soil, carried from one softening to the next.
   LogicalMatrix Yielded;  // 4 by N
   // The decisions of the last softening (N each, empty in a linear run): the factor each
-  // unknown's column of G0 was divided by, and the order of its last release and of its
-  // last release or restore (0 for none). G and GD are functions of G0, D and these,
+  // unknown's column of G was divided by, and the order of its last release and of its
+  // last release or restore (0 for none). The softened G and GD are functions of G, D and these,
   // which lets the softening form GD again, or find that the next system is the one
   // whose factors GD holds.
   RealVector SoftFactor;
@@ -128,12 +145,22 @@ inline float PileFlexibility(const RealMatrix& D, int i, int j) {
   return i > r0 && i <= r0 + D.rows() ? D(i - r0, j) : 0.0f;
 }
 
+// Entry (i, j) of the soil flexibility that the next soil movements use: the elastic G,
+// or once a softening has decided (a non-linear run), G with column j divided by its
+// softening factor and the rows and columns of released unknowns cleared, 1 on the
+// diagonal. G must be there (any run but a linear one after its solve).
+inline float SoftenedSoilFlexibility(const Workspace& w, int i, int j) {
+  if (!w.system.Planned()) return w.G(i, j);
+  if (w.SoftReleasedAt(i) != 0 || w.SoftReleasedAt(j) != 0) return i == j ? 1.0f : 0.0f;
+  return w.G(i, j) / w.SoftFactor(j);
+}
+
 // Calls f on every array of the workspace, YamashitaEsv included: the matrices first,
 // then the vectors. The release of a run and the checks that nothing is left both go
 // through here, so an array added to the workspace must be added here too.
 template <class F>
 void ForEachArray(Workspace& w, F&& f) {
-  for (RealMatrix* m : {&w.system.GD, &w.G, &w.D, &w.G0, &w.soil_K, &w.pair_K, &w.pile_D, &w.HeadAxial, &w.HeadX,
+  for (RealMatrix* m : {&w.system.GD, &w.G, &w.D, &w.SoilPairBlocks, &w.SoilOwnBlocks, &w.soil_K, &w.pair_K, &w.pile_D, &w.HeadAxial, &w.HeadX,
                         &w.HeadMomentXZ, &w.HeadY, &w.HeadMomentYZ, &w.HeadTorque, &w.UnitStressAxial,
                         &w.UnitStressX, &w.UnitStressY, &w.UnitStressTorsion, &w.UBCV, &w.Tractions,
                         &w.HistoryDisp, &w.HistoryLoad, &w.HistoryDispInc, &w.SectionEA, &w.SectionEIx,
@@ -141,6 +168,7 @@ void ForEachArray(Workspace& w, F&& f) {
     f(*m);
   f(w.Yielded);
   f(w.SoilBlockState);
+  f(w.SoilBlockIndex);
   for (RealVector* v :
        {&w.SoilDispInc,     &w.DispAxialInc,     &w.DispXInc,      &w.DispYInc,       &w.TwistInc,
         &w.DispAxial,       &w.DispX,            &w.DispY,         &w.Twist,          &w.StressAxialInc,
@@ -174,7 +202,7 @@ inline void Release2DLogicalMatrix(LogicalMatrix& a) { a.release(); }
 inline void Release1DIntegerMatrix(IntegerVector& a) { a.release(); }
 
 // All arrays of the run, in the order of creation; 1 or 0. Reads the counts of the model,
-// DynamicModel no more, and NonLinear, which decides on G0 and the softening's vectors.
+// DynamicModel no more, and NonLinear, which decides on GD and the softening's vectors.
 int CreateWorkspace(Engine& e);
 // Every array, matrices first, and the state of the system; safe after a partial
 // creation and when called twice.

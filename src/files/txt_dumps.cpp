@@ -184,7 +184,12 @@ void PrintNonLinearMatrices(Engine& e, int increment) {
   const Counts c = CountsOf(e);
   if (e.project.Flag(5)) {
     out.line("G -Non-linear soil flexib. matrix of the group at increm.no." + FormatInt(increment, 4));
-    PrintMatrix(e, out, e.ws.G, c.N, c.N);
+    const Workspace& w = e.ws;
+    if (w.G.rows() == c.N && w.G.cols() == c.N) {
+      PrintMatrix(e, out, c.N, c.N, [&w](int i, int j) { return SoftenedSoilFlexibility(w, i, j); });
+    } else {
+      PrintMatrix(e, out, RealMatrix{}, c.N, c.N);
+    }
   }
   if (e.project.Flag(6)) {
     out.line("G+D -Non-linear soil+pile flexib. matrix of the group after zeroing at increm. no." +

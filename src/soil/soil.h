@@ -24,4 +24,11 @@ int CheckCoincidentMidpoints(Engine& e);
 // complete, the same whatever the number of threads.
 void AssembleSoilFlexibility(Engine& e, int p);
 
+// out = G t for the G that the assembly wrote (N entries each), once G itself is gone (a
+// linear run forms its system in G's storage): each block is taken from those the
+// assembly kept or computed again by the kernels, and every row sums its terms in the
+// order of G's columns, so the result is the product with G bit for bit. False when the
+// assembly has not run on this workspace.
+bool SoilFlexibilityTimes(Engine& e, const float* t, float* out);
+
 }  // namespace quellon

@@ -10,11 +10,15 @@
 // piles depend on nothing else in a pair's block and take far longer than the rest of
 // it, so they run as a second parallel loop of their own, over the pairs that have one:
 // the threads share that work evenly, and the phase timer sees it apart.
+#include <algorithm>
+#include <bit>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -32,8 +36,6 @@
 namespace quellon {
 
 namespace {
-
-
 
 // Kernel calls of the blocks between piles above which they are shared out: some tenths
 // of a millisecond of work, well above the cost of starting the threads. (The torsion
@@ -130,19 +132,143 @@ InteractionRule InteractionRuleOf(const Engine& e) {
 
 namespace {
 
-// Every block of one pile on another: the blocks without torsion over all ordered pairs,
-// then the torsion blocks of the pairs that have one.
+// Two piles whose blocks are the same wherever the other pile stands: the same shape,
+// rakes and soil entry level, and the same table of smoothed moduli, bit for bit. A pair
+// block depends on nothing else of its two piles but their offset in plan.
+bool SameBlocks(const Engine& e, const Pile& a, int ia, const Pile& b, int ib) {
+  auto same = [](float x, float y) { return std::bit_cast<std::uint32_t>(x) == std::bit_cast<std::uint32_t>(y); };
+  if (!(same(a.Length, b.Length) && same(a.ShaftDiameter, b.ShaftDiameter) &&
+        same(a.InternalDiameter, b.InternalDiameter) && same(a.BaseDiameter, b.BaseDiameter) &&
+        same(a.RakeX, b.RakeX) && same(a.RakeY, b.RakeY) && same(a.SoilEntryZ, b.SoilEntryZ)))
+    return false;
+  const RealMatrix& esv = e.ws.YamashitaEsv;
+  if (esv.cols() < std::max(ia, ib)) return true;
+  const std::size_t bytes = static_cast<std::size_t>(esv.rows()) * sizeof(float);
+  return std::memcmp(esv.col(ia), esv.col(ib), bytes) == 0;
+}
+
+// The class of every pile (from 0): piles of one class have the same blocks.
+std::vector<int> PileClasses(const Engine& e) {
+  const int piles = e.foundation.NumberOfPiles;
+  std::vector<int> cls(static_cast<std::size_t>(piles));
+  std::vector<int> first;  // the first pile of each class
+  for (int p = 1; p <= piles; ++p) {
+    int c = 0;
+    const int classes = static_cast<int>(first.size());
+    while (c < classes && !SameBlocks(e, e.foundation.Piles(p), p, e.foundation.Piles(first[static_cast<std::size_t>(c)]),
+                                      first[static_cast<std::size_t>(c)]))
+      ++c;
+    if (c == classes) first.push_back(p);
+    cls[static_cast<std::size_t>(p - 1)] = c;
+  }
+  return cls;
+}
+
+// The pairs (field p, source q) that have the same block: the same classes and the same
+// offset in plan, as the kernels compute it. Each group's block is computed once.
+struct PairGroup {
+  int p = 0, q = 0;  // the pair whose block is computed
+  bool twisted = false;
+  std::vector<std::pair<int, int>> members;
+};
+
+std::vector<PairGroup> GroupPairs(const Engine& e, const InteractionRule& rule) {
+  const int piles = e.foundation.NumberOfPiles;
+  const std::vector<int> cls = PileClasses(e);
+  struct Key {
+    long long classes;
+    std::uint64_t offset;
+    bool operator==(const Key& o) const { return classes == o.classes && offset == o.offset; }
+  };
+  struct Hash {
+    std::size_t operator()(const Key& k) const {
+      return std::hash<std::uint64_t>()(k.offset * 0x9E3779B97F4A7C15ull ^ static_cast<std::uint64_t>(k.classes));
+    }
+  };
+  std::unordered_map<Key, int, Hash> index;
+  std::vector<PairGroup> groups;
+  for (int p = 1; p <= piles; ++p) {
+    for (int q = 1; q <= piles; ++q) {
+      if (q == p) continue;
+      const Pile& field = e.foundation.Piles(p);
+      const Pile& source = e.foundation.Piles(q);
+      const PairSpacing d = SpacingOf(field, source);
+      const Key key{static_cast<long long>(cls[static_cast<std::size_t>(p - 1)]) * piles + cls[static_cast<std::size_t>(q - 1)],
+                    (static_cast<std::uint64_t>(std::bit_cast<std::uint32_t>(d.Dx)) << 32) |
+                        std::bit_cast<std::uint32_t>(d.Dy)};
+      auto [it, fresh] = index.try_emplace(key, static_cast<int>(groups.size()));
+      if (fresh) {
+        PairGroup g;
+        g.p = p;
+        g.q = q;
+        g.twisted = TorsionBetweenPilesApplies(rule, d, source);
+        groups.push_back(std::move(g));
+      }
+      groups[static_cast<std::size_t>(it->second)].members.emplace_back(p, q);
+    }
+  }
+  return groups;
+}
+
+// Kept blocks may take at most this share of the floats of one N by N matrix.
+constexpr double kKeptBlockShare = 0.05;
+
+// Whether k blocks of M by M may be kept beside a matrix of order N.
+bool MayKeep(long long k, int M, long long N) {
+  return static_cast<double>(k) * M * M <= kKeptBlockShare * static_cast<double>(N) * static_cast<double>(N);
+}
+
+// A matrix that may not be had is simply not kept: G t then recomputes its blocks.
+bool TryCreate(RealMatrix& m, int rows, long long cols) {
+  if (cols > INT32_MAX) return false;
+  try {
+    m.resize(rows, static_cast<int>(cols));
+  } catch (const std::bad_alloc&) {
+    m.release();
+    return false;
+  }
+  return true;
+}
+
+void CopyTorsionPart(const RealMatrix& block, int n, float* to) {
+  const int M = block.rows();
+  for (int v = 3 * n + 2; v <= M; ++v) {
+    std::memcpy(to + static_cast<std::size_t>(v - 1) * M + 3 * n + 1, block.col(v) + 3 * n + 1,
+                static_cast<std::size_t>(n) * sizeof(float));
+  }
+}
+
+// The pile axes of the group, with the ground at every point.
+std::vector<PileAxis> AxesOf(const Engine& e, const SoilGround& g) {
+  std::vector<PileAxis> axes;
+  axes.reserve(static_cast<std::size_t>(e.foundation.NumberOfPiles));
+  for (int q = 1; q <= e.foundation.NumberOfPiles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
+  return axes;
+}
+
+// The whole block of q on p, torsion included, as the assembly writes it into G.
+void PairBlock(const SoilGround& g, const InteractionRule& rule, bool rigid, const PileAxis& p, const PileAxis& q,
+               RealMatrix& pair_K) {
+  BuildPileInteractionMatrix(g, rule, p, q, pair_K, false);
+  if (rigid) RigidLayerInteractionCorrection(g, rule, p, q, pair_K);
+  BuildPileTorsionInteraction(g, rule, p, q, pair_K);
+}
+
+// Every block of one pile on another: the blocks without torsion, then the torsion
+// blocks of the pairs that have one, each computed once for every group of pairs that
+// share it and copied to all of them. A linear run keeps the distinct blocks, when they
+// are few beside G, for the soil movements after the solve.
 void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   const int n = g.n;
   const int piles = e.foundation.NumberOfPiles;
   const int M = 4 * n + 1;
-  RealMatrix& G = e.ws.G;
+  const long long N = static_cast<long long>(M) * piles;
+  Workspace& w = e.ws;
+  RealMatrix& G = w.G;
   PhaseScope pairs(e.timer, Phase::kPairBlocks);
   const InteractionRule rule = InteractionRuleOf(e);
   const bool rigid = IsNonZero(e.borehole.DepthToRigidLayer);
-  std::vector<PileAxis> axes;
-  axes.reserve(static_cast<std::size_t>(piles));
-  for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
+  const std::vector<PileAxis> axes = AxesOf(e, g);
   auto axis = [&axes](int q) -> const PileAxis& { return axes[static_cast<std::size_t>(q - 1)]; };
 
   // One scratch block per thread, made before the parallel loops so that nothing inside
@@ -151,48 +277,74 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   std::vector<RealMatrix> scratch(static_cast<std::size_t>(threads));
   for (RealMatrix& m : scratch) m.resize(M, M);
 
-  // The ordered pairs (field p, source q), and those with a torsion block.
-  std::vector<std::pair<int, int>> all, twisted;
-  all.reserve(static_cast<std::size_t>(piles) * static_cast<std::size_t>(piles - 1));
-  for (int p = 1; p <= piles; ++p) {
-    for (int q = 1; q <= piles; ++q) {
-      if (q == p) continue;
-      all.emplace_back(p, q);
-      const Pile& source = e.foundation.Piles(q);
-      if (TorsionBetweenPilesApplies(rule, SpacingOf(e.foundation.Piles(p), source), source)) twisted.emplace_back(p, q);
-    }
-  }
+  const std::vector<PairGroup> groups = GroupPairs(e, rule);
+  const int count = static_cast<int>(groups.size());
+  std::vector<int> twisted;
+  for (int k = 0; k < count; ++k)
+    if (groups[static_cast<std::size_t>(k)].twisted) twisted.push_back(k);
+
+  const bool index = w.SoilBlockIndex.rows() == piles && w.SoilBlockIndex.cols() == piles;
+  const bool keep = index && e.project.NonLinear == 0 && MayKeep(count, M, N) &&
+                    TryCreate(w.SoilPairBlocks, M, static_cast<long long>(count) * M);
+  auto kept = [&w, M](int k) { return w.SoilPairBlocks.col(k * M + 1); };
+  if (index)
+    for (int k = 0; k < count; ++k)
+      for (const auto& [p, q] : groups[static_cast<std::size_t>(k)].members) w.SoilBlockIndex(p, q) = keep ? k : -1;
+
   // A rough count of the kernel calls of each loop decides whether to share it out.
-  const long long calls = static_cast<long long>(all.size()) * (n + 1) * (n + 1);
+  const long long calls = static_cast<long long>(count) * (n + 1) * (n + 1);
   const long long torsion_calls = 256LL * n * n * static_cast<long long>(twisted.size());
 
   // Each block is checked for values that are not finite while it is at hand, so that
   // the check of G's rows need not read them again.
-  const bool states = HasBlockStates(e.ws, piles);
-  LogicalMatrix& state = e.ws.SoilBlockState;
-  const int count = static_cast<int>(all.size());
-#pragma omp parallel for schedule(dynamic, 4) num_threads(threads) if (calls >= kParallelPairCalls)
+  const bool states = HasBlockStates(w, piles);
+  LogicalMatrix& state = w.SoilBlockState;
+#pragma omp parallel for schedule(dynamic, 1) num_threads(threads) if (calls >= kParallelPairCalls)
   for (int k = 0; k < count; ++k) {
-    const auto [p, q] = all[static_cast<std::size_t>(k)];
+    const PairGroup& group = groups[static_cast<std::size_t>(k)];
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-    BuildPileInteractionMatrix(g, rule, axis(p), axis(q), pair_K, false);
-    if (rigid) RigidLayerInteractionCorrection(g, rule, axis(p), axis(q), pair_K);
-    CopyBlock(pair_K, p, q, G);
-    if (states) state(p, q) = StateOf(pair_K);
+    BuildPileInteractionMatrix(g, rule, axis(group.p), axis(group.q), pair_K, false);
+    if (rigid) RigidLayerInteractionCorrection(g, rule, axis(group.p), axis(group.q), pair_K);
+    if (keep) std::memcpy(kept(k), pair_K.data(), pair_K.count() * sizeof(float));
+    const std::int32_t found = states ? StateOf(pair_K) : kBlockUnchecked;
+    for (const auto& [p, q] : group.members) {
+      CopyBlock(pair_K, p, q, G);
+      if (states) state(p, q) = found;
+    }
   }
 
   if (twisted.empty()) return;
   PhaseScope torsion(e.timer, Phase::kTorsion);
   const int twists = static_cast<int>(twisted.size());
 #pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
-  for (int k = 0; k < twists; ++k) {
-    const auto [p, q] = twisted[static_cast<std::size_t>(k)];
+  for (int t = 0; t < twists; ++t) {
+    const int k = twisted[static_cast<std::size_t>(t)];
+    const PairGroup& group = groups[static_cast<std::size_t>(k)];
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-    if (BuildPileTorsionInteraction(g, rule, axis(p), axis(q), pair_K)) {
+    if (!BuildPileTorsionInteraction(g, rule, axis(group.p), axis(group.q), pair_K)) continue;
+    if (keep) CopyTorsionPart(pair_K, n, kept(k));
+    const bool finite = !states || TorsionBlockFinite(pair_K, n);
+    for (const auto& [p, q] : group.members) {
       CopyTorsionBlock(pair_K, n, p, q, G);
-      if (states && !TorsionBlockFinite(pair_K, n)) state(p, q) = kBlockNotFinite;
+      if (!finite) state(p, q) = kBlockNotFinite;
     }
   }
+}
+
+// The pile whose build of the own block pile p took; in a linear run within the share
+// of kept blocks, the block itself.
+void KeepOwnBlock(Engine& e, int p, bool reuse) {
+  Workspace& w = e.ws;
+  const int piles = e.foundation.NumberOfPiles;
+  const int M = w.soil_K.rows();
+  if (w.SoilBlockIndex.rows() != piles || w.SoilBlockIndex.cols() != piles) return;
+  const int source = reuse && p > 1 && w.SoilBlockIndex(p - 1, p - 1) >= 1 ? w.SoilBlockIndex(p - 1, p - 1) : p;
+  w.SoilBlockIndex(p, p) = source;
+  if (e.project.NonLinear != 0) return;
+  const long long N = static_cast<long long>(M) * piles;
+  if (p == 1 && MayKeep(piles, M, N)) TryCreate(w.SoilOwnBlocks, M, static_cast<long long>(piles) * M);
+  if (source == p && w.SoilOwnBlocks.cols() == piles * M)
+    std::memcpy(w.SoilOwnBlocks.col((p - 1) * M + 1), w.soil_K.data(), w.soil_K.count() * sizeof(float));
 }
 
 }  // namespace
@@ -228,6 +380,7 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   }
   CopyBlock(e.ws.soil_K, p, p, G);
   if (HasBlockStates(e.ws, piles)) e.ws.SoilBlockState(p, p) = StateOf(e.ws.soil_K);
+  KeepOwnBlock(e, p, reuse);
   if (piles == 1) return;
 
   // The blocks between piles depend on nothing that changes from one pile to the next,
@@ -236,6 +389,69 @@ void AssembleSoilFlexibility(Engine& e, int p) {
 
   // pair_K is left holding the last pair, as a serial pass would leave it.
   CopyBlockOut(G, p, p == piles ? piles - 1 : piles, e.ws.pair_K);
+}
+
+bool SoilFlexibilityTimes(Engine& e, const float* t, float* out) {
+  Workspace& w = e.ws;
+  const int piles = e.foundation.NumberOfPiles;
+  const int n = e.foundation.NumberOfElements;
+  const int M = 4 * n + 1;
+  if (n < 1 || piles < 1 || w.SoilBlockIndex.rows() != piles || w.SoilBlockIndex.cols() != piles) return false;
+  for (int p = 1; p <= piles; ++p)
+    if (w.SoilBlockIndex(p, p) < 1) return false;  // the assembly did not run
+  const SoilGround g = GroundOf(e);
+  const InteractionRule rule = InteractionRuleOf(e);
+  const bool rigid = IsNonZero(e.borehole.DepthToRigidLayer);
+  const std::vector<PileAxis> axes = piles > 1 ? AxesOf(e, g) : std::vector<PileAxis>{};
+  const bool own_kept = w.SoilOwnBlocks.cols() == piles * M;
+  const bool pairs_kept = !w.SoilPairBlocks.empty();
+
+  // Each field pile's rows by one thread, the columns in rising order: every row sums
+  // its terms in the order of G's columns, as the product with G itself did.
+#pragma omp parallel num_threads(omp_get_max_threads()) if (static_cast<long long>(M) * M * piles * piles >= 4000000LL)
+  {
+    RealMatrix block, own;
+    block.resize(M, M);
+    int own_source = 0;
+    std::vector<float> sum(static_cast<std::size_t>(M));
+#pragma omp for schedule(dynamic, 1)
+    for (int p = 1; p <= piles; ++p) {
+      std::fill(sum.begin(), sum.end(), 0.0f);
+      for (int q = 1; q <= piles; ++q) {
+        const float* B = nullptr;
+        if (q == p) {
+          const int source = w.SoilBlockIndex(p, p);
+          if (own_kept) {
+            B = w.SoilOwnBlocks.col((source - 1) * M + 1);
+          } else {
+            if (own_source != source) {
+              if (own.empty()) own.resize(M, M);
+              BuildOwnSoilBlock(g, e.foundation.Piles(source), source, nullptr, own);
+              own_source = source;
+            }
+            B = own.data();
+          }
+        } else {
+          const int k = w.SoilBlockIndex(p, q);
+          if (pairs_kept && k >= 0) {
+            B = w.SoilPairBlocks.col(k * M + 1);
+          } else {
+            PairBlock(g, rule, rigid, axes[static_cast<std::size_t>(p - 1)], axes[static_cast<std::size_t>(q - 1)],
+                      block);
+            B = block.data();
+          }
+        }
+        const float* tq = t + static_cast<std::size_t>(q - 1) * M;
+        for (int v = 0; v < M; ++v) {
+          const float tv = tq[v];
+          const float* c = B + static_cast<std::size_t>(v) * M;
+          for (int i = 0; i < M; ++i) sum[static_cast<std::size_t>(i)] = sum[static_cast<std::size_t>(i)] + c[i] * tv;
+        }
+      }
+      std::copy(sum.begin(), sum.end(), out + static_cast<std::size_t>(p - 1) * M);
+    }
+  }
+  return true;
 }
 
 }  // namespace quellon

@@ -2,10 +2,14 @@
 // increment's loads, and that movement spread back over every pile head and element as
 // stresses, soil movements and loads. Everything here is an increment; the totals take
 // it in update.cpp.
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
+#include "engine/engine.h"
 #include "engine/utilities.h"
 #include "engine/workspace.h"
+#include "soil/soil.h"
 #include "solution/solution.h"
 
 namespace quellon {
@@ -66,9 +70,7 @@ void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float fl
     w.HeadDispYInc(p) = se * wV + ce * wY;
   }
 
-  // Soil movement at every unknown: G times the stresses packed in the order of the
-  // unknowns. Column by column, so that G is read in its storage order; each row still
-  // sums its terms in rising column order.
+  // The stresses packed in the order of the unknowns, for the soil movements.
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= n + 1; ++k) packed(g.AxialUnknown(p, k)) = w.StressAxialInc(g.AxialRow(p, k));
     for (int k = 1; k <= n; ++k) {
@@ -76,16 +78,6 @@ void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float fl
       packed(g.XUnknown(p, k)) = w.StressXInc(q);
       packed(g.YUnknown(p, k)) = w.StressYInc(q);
       packed(g.TorsionUnknown(p, k)) = w.StressTorsionInc(q);
-    }
-  }
-  {
-    const int N = g.N;
-    float* out = w.SoilDispInc.data();
-    for (int i = 0; i < N; ++i) out[i] = 0.0f;
-    for (int j = 1; j <= N; ++j) {
-      const float tj = packed(j);
-      const float* gj = w.G.col(j);
-      for (int i = 0; i < N; ++i) out[i] = out[i] + gj[i] * tj;
     }
   }
 
@@ -117,6 +109,47 @@ void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float fl
       w.MomentYZInc(q) = (-(sy * h * 0.5f * Ds) - w.ShearYInc(q + 1)) * h + w.MomentYZInc(q + 1);
       w.ShearYInc(q) = sy * h * Ds + w.ShearYInc(q + 1);
       w.TorqueInc(q) = w.StressTorsionInc(q) * Ds * h * kHalfPi * Ds + w.TorqueInc(q + 1);
+    }
+  }
+}
+
+void FormSoilMovements(Engine& e, const RealVector& packed) {
+  Workspace& w = e.ws;
+  const int N = NumberOfUnknowns(e);
+  float* out = w.SoilDispInc.data();
+  const float* t = packed.data();
+  if (w.G.rows() != N || w.G.cols() != N) {
+    // G has become the system: its blocks come from the assembly's tables or the kernels.
+    if (!SoilFlexibilityTimes(e, t, out)) std::fill(out, out + N, 0.0f);
+    return;
+  }
+  // Each thread takes a band of rows and runs through the columns in their order, so that
+  // every row sums its terms in rising column order whatever the number of threads. The
+  // softened G is formed a column at a time from the elastic one and the decisions.
+  const bool softened = w.system.Planned();
+  std::vector<float> released;
+  if (softened) {
+    released.resize(static_cast<std::size_t>(N));
+    for (int i = 0; i < N; ++i) released[static_cast<std::size_t>(i)] = w.SoftReleasedAt(i + 1) != 0 ? 1.0f : 0.0f;
+  }
+  constexpr int kBand = 2048;
+  const int bands = (N + kBand - 1) / kBand;
+#pragma omp parallel for schedule(dynamic, 1) if (N >= 2 * kBand)
+  for (int b = 0; b < bands; ++b) {
+    const int i0 = b * kBand, i1 = std::min(N, i0 + kBand);
+    for (int i = i0; i < i1; ++i) out[i] = 0.0f;
+    for (int j = 1; j <= N; ++j) {
+      const float tj = t[j - 1];
+      const float* gj = w.G.col(j);
+      if (!softened) {
+        for (int i = i0; i < i1; ++i) out[i] = out[i] + gj[i] * tj;
+      } else if (released[static_cast<std::size_t>(j - 1)] != 0.0f) {
+        for (int i = i0; i < i1; ++i) out[i] = out[i] + (i == j - 1 ? 1.0f : 0.0f) * tj;
+      } else {
+        const float f = w.SoftFactor(j);
+        const float* r = released.data();
+        for (int i = i0; i < i1; ++i) out[i] = out[i] + (r[i] != 0.0f ? 0.0f : gj[i] / f) * tj;
+      }
     }
   }
 }

@@ -1,34 +1,34 @@
 // Softening, yield and unloading of the soil after an increment.
 //
-// The soil flexibility G is rebuilt from its elastic copy G0 at every update, so the
-// softening and the releases of one increment never pile up on those of the increments
-// before. The sequence of one update is: take the elastic copy (first increment only);
-// soften every column of G; form GD = G + D; axial yield; unloading and yield in X; the
-// same in Y; torsional yield. Each of these sees the matrices as the one before left
+// The softened soil flexibility is the elastic G with each column divided by its
+// softening factor and the released unknowns' rows and columns cleared, worked out
+// afresh from the elastic G at every update, so the softening and the releases of one
+// increment never pile up on those of the increments before. The sequence of one update
+// is: soften every column of G; form GD = G + D; axial yield; unloading and yield in X;
+// the same in Y; torsional yield. Each of these sees the matrices as the one before left
 // them. The work runs in two phases:
 //
 //  1. Decisions. From the stresses, limits and yield flags alone: the softening factor of
 //     every unknown, the yield of each direction with its flags, counters and LOG lines,
 //     the stresses zeroed by unloading, and the list of operations on the matrices in
-//     the order they are decided: release an unknown (its row and column of G and GD
-//     cleared, 1 on the diagonal) or restore it (its row and column of GD taken back to
-//     the elastic G0 + D, G keeping its softened column). No decision reads a matrix.
-//  2. Matrices. One pass over the columns of G0, G, D and GD applies the elastic copy,
-//     the softening, GD = G + D and all the operations at once. An entry (i, j) of GD is
-//     decided by the later of the last operation on unknown i and on unknown j, which is
-//     what applying the operations one after the other in their order leaves; releases
-//     on G don't depend on order, since restores never touch G.
+//     the order they are decided: release an unknown (its row and column of the softened
+//     G and of GD cleared, 1 on the diagonal) or restore it (its row and column of GD
+//     taken back to the elastic G + D, the softened G keeping its column). No decision
+//     reads a matrix.
+//  2. The system. One pass over the columns of G, D and GD applies the softening,
+//     GD = G + D and all the operations at once. An entry (i, j) of GD is decided by the
+//     later of the last operation on unknown i and on unknown j, which is what applying
+//     the operations one after the other in their order leaves.
 //
 // So the work is one streaming pass over the N by N matrices, however many unknowns are
-// released, instead of a strided sweep along a row of two matrices for each of them.
-//
-// G and GD are thus functions of G0, D and the decisions, which the workspace keeps from
-// one update to the next. The solve factorises GD in place; when an update's decisions
-// are those of the update before, the matrices would come out as they are, and the
-// factors in GD are already those of the next system: the pass is skipped, and the solve
-// keeps the tractions it has (unless GD is to be printed as a matrix). When the work
-// vectors can't be had, GD is formed again from the decisions kept, as it stood before
-// the solve.
+// released, instead of a strided sweep along a row of two matrices for each of them. The
+// softened G is never stored: it is a function of G and the decisions, which the
+// workspace keeps from one update to the next (SoftenedSoilFlexibility), and so is GD.
+// The solve factorises GD in place; when an update's decisions are those of the update
+// before, the system would come out as it is, and the factors in GD are already those of
+// the next system: the pass is skipped, and the solve keeps the tractions it has (unless
+// GD is to be printed as a matrix). When the work vectors can't be had, GD is formed
+// again from the decisions kept, as it stood before the solve.
 #include "solution/soil_softening.h"
 
 #include <algorithm>
@@ -207,49 +207,40 @@ struct Decisions {
   int touched_count;        // taken one by one
 };
 
-// Entry (i, j) of G and GD once all operations are applied, from the elastic g0, the
-// pile's d and the softened g_soft of that entry (1-based unknowns).
-inline void SetEntry(const Decisions& p, int i, int j, float g0, float d, float g_soft, float& g, float& gd) {
+// Entry (i, j) of GD once all operations are applied, from the elastic g0, the pile's
+// d and the softened g_soft of that entry (1-based unknowns).
+inline float SystemEntry(const Decisions& p, int i, int j, float g0, float d, float g_soft) {
   const int rel_i = p.released_at[i - 1], rel_j = p.released_at[j - 1];
-  const float cleared = i == j ? 1.0f : 0.0f;
-  g = (rel_i != 0 || rel_j != 0) ? cleared : g_soft;
   const int last = std::max(p.last_op_at[i - 1], p.last_op_at[j - 1]);
-  if (last == 0) {
-    gd = g_soft + d;
-  } else if (last == rel_i || last == rel_j) {
-    gd = cleared;
-  } else {
-    gd = g0 + d;
-  }
+  if (last == 0) return g_soft + d;
+  if (last == rel_i || last == rel_j) return i == j ? 1.0f : 0.0f;
+  return g0 + d;
 }
 
-// The elastic copy, the softening and GD = G + D, with every release and restore, in
-// one pass over the columns. D has entries only in the rows of the column's own pile;
+// The softening and GD = G + D, with every release and restore, in one pass over the
+// columns of the elastic G. D has entries only in the rows of the column's own pile;
 // elsewhere the sum takes 0.
-void RebuildMatrices(Workspace& w, int N, bool take_elastic_copy, const Decisions& p) {
+void RebuildSystem(Workspace& w, int N, const Decisions& p) {
   const int M = w.D.rows();
 #pragma omp parallel for schedule(static) if (N >= 2048)
   for (int j = 1; j <= N; ++j) {
-    float* g = w.G.col(j);
-    float* g0 = w.G0.col(j);
+    const float* g0 = w.G.col(j);
     const float* dj = w.D.col(j);
     float* gd = w.system.GD.col(j);
     const int r0 = PileBlockStart(M, j);
     auto d = [dj, r0, M](int i) { return i >= r0 && i < r0 + M ? dj[i - r0] : 0.0f; };  // row i from 0
-    if (take_elastic_copy) std::copy(g, g + N, g0);
     const float f = p.factor[j - 1];
     if (p.last_op_at[j - 1] == 0 && p.touched != nullptr) {
       // An untouched column: softened, summed, then only the rows of touched unknowns.
-      for (int i = 0; i < N; ++i) g[i] = g0[i] / f;
-      for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
-      for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + dj[i - r0];
-      for (int i = r0 + M; i < N; ++i) gd[i] = g[i] + 0.0f;
+      for (int i = 0; i < r0; ++i) gd[i] = g0[i] / f + 0.0f;
+      for (int i = r0; i < r0 + M; ++i) gd[i] = g0[i] / f + dj[i - r0];
+      for (int i = r0 + M; i < N; ++i) gd[i] = g0[i] / f + 0.0f;
       for (int t = 0; t < p.touched_count; ++t) {
         const int i = p.touched[t];
-        SetEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f, g[i - 1], gd[i - 1]);
+        gd[i - 1] = SystemEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f);
       }
     } else {
-      for (int i = 1; i <= N; ++i) SetEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f, g[i - 1], gd[i - 1]);
+      for (int i = 1; i <= N; ++i) gd[i - 1] = SystemEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f);
     }
   }
 }
@@ -296,7 +287,7 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
   Workspace& w = e.ws;
   const GroupLayout g = LayoutOf(e);
   const int N = g.N;
-  Require(!(N < 1 || w.G.rows() != N || w.G.cols() != N || w.G0.rows() != N || w.G0.cols() != N || w.D.rows() != g.M ||
+  Require(!(N < 1 || w.G.rows() != N || w.G.cols() != N || w.D.rows() != g.M ||
       w.D.cols() != N || w.system.GD.rows() != N || w.system.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
       w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N ||
       w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N),
@@ -304,13 +295,11 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
 
   UpdatePlan plan;
   if (!plan.Create(e, N)) {
-    // No yield can be tested; G and GD stay as they were before the solve, which took GD
-    // for its factors: it is formed again. The elastic copy is still taken, so that the
-    // next update starts from the right matrix.
-    if (increment == 1) std::copy(w.G.data(), w.G.data() + w.G.count(), w.G0.data());
+    // No yield can be tested; the softened G and GD stay as they were before the solve,
+    // which took GD for its factors: it is formed again.
     if (w.system.HoldsFactors()) {
       if (w.system.Planned()) {
-        RebuildMatrices(w, N, false, KeptDecisions(w));
+        RebuildSystem(w, N, KeptDecisions(w));
       } else {
         FormSystemMatrix(w);
       }
@@ -334,7 +323,7 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
     w.system.MarkUnchanged();
     return;
   }
-  RebuildMatrices(w, N, increment == 1, DecisionsOf(plan));
+  RebuildSystem(w, N, DecisionsOf(plan));
   std::copy(plan.factor.data(), plan.factor.data() + N, w.SoftFactor.data());
   std::copy(plan.released_at.data(), plan.released_at.data() + N, w.SoftReleasedAt.data());
   std::copy(plan.last_op_at.data(), plan.last_op_at.data() + N, w.SoftChangedAt.data());
@@ -343,8 +332,8 @@ void UpdateSoilFlexibility(Engine& e, int increment) {
 
 void FormUnchangedSystem(Workspace& w) {
   if (!w.system.Unchanged()) return;
-  // The kept decisions are those of this update, so G comes out as it is.
-  RebuildMatrices(w, w.G.rows(), false, KeptDecisions(w));
+  // The kept decisions are those of this update.
+  RebuildSystem(w, w.G.rows(), KeptDecisions(w));
   w.system.MatrixFormed(true);
 }
 

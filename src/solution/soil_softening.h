@@ -1,6 +1,7 @@
 // The non-linear soil model: hyperbolic softening of the soil flexibility, yield and
 // release of elements, and elastic unloading. UpdateSoilFlexibility (solution.h) runs
-// after each increment of a non-linear run and leaves G and GD ready for the next.
+// after each increment of a non-linear run and leaves GD ready for the next; the softened
+// soil flexibility itself is read through SoftenedSoilFlexibility (workspace.h).
 #pragma once
 
 namespace quellon {
@@ -27,7 +28,7 @@ constexpr float kMinimumSofteningFactor = 1.0e-4f;
 //
 // Such an element is almost always released in the same update, which overwrites its
 // column; the floor shows only where it isn't (an element unloading in X or Y keeps its
-// softened column of G), and keeps G finite there.
+// softened column of G), and keeps the softened G finite there.
 float SofteningFactor(float stress, float limit, float R);
 
 }  // namespace quellon

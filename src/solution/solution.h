@@ -27,10 +27,14 @@ int Solve(Engine& e, int increment);
 void SplitTractions(Engine& e);
 void CalcHeadLoads(Engine& e, int increment);
 // Then the group stiffness, its inverse flex (group_stiffness.h), and from it: the cap
-// movement, the stresses, head movements, soil movements and loads of the increment.
-// packed: a work vector of N reals.
+// movement, the stresses, head movements and loads of the increment; packed receives
+// the stress increments in the order of the unknowns (a work vector of N reals).
 void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float flex[36], Workspace& w,
                        RealVector& packed);
+// The soil movement at every unknown, the soil flexibility times packed: from G (as the
+// softening leaves it, in a non-linear run), or once G has become a linear run's system,
+// from G's blocks again, bit for bit the same.
+void FormSoilMovements(Engine& e, const RealVector& packed);
 void SplitSoilDisplacements(const GroupLayout& g, Workspace& w);
 // The cap, stress and movement increments into the totals and the history.
 void AddMovementsToTotals(const GroupLayout& g, int increment, Workspace& w);

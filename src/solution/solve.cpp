@@ -3,14 +3,14 @@
 // factorisation (lu_decompose.cpp).
 //
 // Both routes factorise GD in place. Nothing reads the system matrix after its solve:
-// in a non-linear run the softening forms the next one anew from G0, G and D, and a
-// linear run has no next one. Should a solve come with GD still holding factors and no
-// softening in between (a run of several increments without softening), the system is
-// G + D again, and is formed again. When the softening has found the next system equal
-// to the one just solved, the tractions in hand are already its solution.
+// in a non-linear run the softening forms the next one anew from G, D and its
+// decisions, and a linear run's later increments have the same system as its first,
+// whose tractions (or failure) stand. When the softening has found the next system
+// equal to the one just solved, the tractions in hand are already its solution.
 #include "solution/solve.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstddef>
 #include <string>
@@ -95,6 +95,32 @@ void BackwardAll(const float* A, int n, std::size_t ld, float* B, std::size_t ld
     for (int m = 0; m < kUnitColumns; ++m) B[i + m * ldb] = x[static_cast<std::size_t>(i)][m];
 }
 
+// Whether the assembly recorded where every block of G comes from, so that G t can be
+// had once G is gone.
+bool SoilBlocksKnown(const Workspace& w) {
+  const IntegerMatrix& index = w.SoilBlockIndex;
+  if (index.rows() < 1 || index.rows() != index.cols()) return false;
+  for (int p = 1; p <= index.rows(); ++p)
+    if (index(p, p) < 1) return false;
+  return true;
+}
+
+// The failure of the engine's LU route (SGESV's own codes are never this).
+constexpr int kSingular = INT_MIN;
+
+// The outcome of the solve that GD holds the factors of: its tractions stand, or its
+// failure is told again.
+int RepeatOutcome(Engine& e) {
+  const int failure = e.ws.system.Failure();
+  if (failure == 0) return 1;
+  if (failure == kSingular) {
+    e.project.ErrorCode = 262;  // "Error solving matrix inversion (singular matrix)"
+    return 0;
+  }
+  LogLine(e, "Call to SGESV failed with error code = " + FormatInt(failure));
+  return 1;
+}
+
 }  // namespace
 
 void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ldb) {
@@ -105,15 +131,29 @@ void LUSolveSixSides(float* A, int n, int lda, const int* indx, float* B, int ld
 }
 
 void FormSystemMatrix(Workspace& w) {
-  const int N = w.G.rows();
+  // A linear run has no matrix of its own for the system: it takes G's storage, and G
+  // is gone (the soil movements recompute its blocks).
+  // (A G written by other means than the assembly keeps its storage, and the system has
+  // a matrix of its own.)
+  bool in_place = false;
+  if (w.system.GD.empty()) {
+    in_place = SoilBlocksKnown(w);
+    if (in_place) {
+      w.system.GD.swap(w.G);
+    } else {
+      w.system.GD.resize(w.G.rows(), w.G.cols());
+    }
+  }
+  const RealMatrix& G = in_place ? w.system.GD : w.G;
+  const int N = G.rows();
   const int M = w.D.rows();
-  Require(N >= 1 && w.G.cols() == N && w.system.GD.rows() == N && w.system.GD.cols() == N && M >= 1 && w.D.cols() == N,
+  Require(N >= 1 && G.cols() == N && w.system.GD.rows() == N && w.system.GD.cols() == N && M >= 1 && w.D.cols() == N,
           "FormSystemMatrix: workspace of another model");
   // Off the pile's own rows D is zero, and the sum is g + 0, which turns a -0 of G into
   // +0 as the full sum would.
 #pragma omp parallel for schedule(static) if (N >= 2048)
   for (int j = 1; j <= N; ++j) {
-    const float* g = w.G.col(j);
+    const float* g = G.col(j);
     const float* d = w.D.col(j);
     float* gd = w.system.GD.col(j);
     const int r0 = PileBlockStart(M, j);
@@ -142,6 +182,9 @@ int Solve(Engine& e, int increment) {
 
   // The system is the one solved last time: the tractions in hand are its solution.
   if (w.system.TakeUnchanged() && increment >= 2) return 1;
+  // A linear run's later increment has the system of the first, whose factors are in
+  // G's former storage: the first solve's outcome stands, tractions or failure.
+  if (w.G.empty() && w.system.HoldsFactors()) return RepeatOutcome(e);
   if (increment < 2 || w.system.HoldsFactors()) FormSystemMatrix(w);
   w.system.Factorising();
 
@@ -158,8 +201,8 @@ int Solve(Engine& e, int increment) {
       info = LapackSolve(N, kUnitColumns, w.system.GD.data(), N, PivotIndex.data(), B.data(), N);
     }
     if (info != 0) {
-      LogLine(e, "Call to SGESV failed with error code = " + FormatInt(info));
-      return 1;
+      w.system.MarkFailed(info);
+      return RepeatOutcome(e);
     }
   } else {
     float sign = 1.0f;
@@ -169,8 +212,8 @@ int Solve(Engine& e, int increment) {
       factorised = LUDecompose(w.system.GD.data(), N, N, PivotIndex.data(), scale.data(), sign);
     }
     if (!factorised) {
-      e.project.ErrorCode = 262;  // "Error solving matrix inversion (singular matrix)"
-      return 0;
+      w.system.MarkFailed(kSingular);
+      return RepeatOutcome(e);
     }
     LUSolveSixSides(w.system.GD.data(), N, N, PivotIndex.data(), B.data(), N);
   }

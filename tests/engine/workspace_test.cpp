@@ -34,10 +34,11 @@ TEST(Workspace, ShapesFollowTheModelWhateverTheSolver) {
     EXPECT_EQ(ShapeOf(w.Yielded), Dims(4, 27));
     EXPECT_EQ(ShapeOf(w.D), Dims(9, 27));  // the piles' diagonal blocks side by side
     EXPECT_EQ(ShapeOf(w.HeadTorque), Dims(3, 6));
-    // 33 + 14 vectors of N and P, 4 of 6; 2 N by N and D, Yielded, 3 M by M, 6 P by 6,
-    // 6 N by 6, 3 I by 6, 4 (n + 1) by P, the P by P block states.
-    const std::size_t linear = 33 * 27 + 14 * 3 + 4 * 6 + 2 * 27 * 27 + 9 * 27 + 4 * 27 + 3 * 81 + 6 * 3 * 6 +
-                               6 * 27 * 6 + 3 * 4 * 6 + 4 * 3 * 3 + 3 * 3;
+    // 33 + 14 vectors of N and P, 4 of 6; one N by N (G, which the system takes over)
+    // and D, Yielded, 3 M by M, 6 P by 6, 6 N by 6, 3 I by 6, 4 (n + 1) by P, the two
+    // P by P tables of G's blocks.
+    const std::size_t linear = 33 * 27 + 14 * 3 + 4 * 6 + 27 * 27 + 9 * 27 + 4 * 27 + 3 * 81 + 6 * 3 * 6 +
+                               6 * 27 * 6 + 3 * 4 * 6 + 4 * 3 * 3 + 2 * 3 * 3;
     EXPECT_EQ(WorkspaceElements(w), linear);
     ForEachArray(w, [](auto& a) {
       if constexpr (requires { a.rows(); }) {
@@ -46,10 +47,10 @@ TEST(Workspace, ShapesFollowTheModelWhateverTheSolver) {
     });
     ReleaseWorkspace(e);
     EXPECT_EQ(WorkspaceElements(w), 0u);
-    // A non-linear run adds the elastic copy and the softening's decisions, three of N.
+    // A non-linear run adds the system matrix and the softening's decisions, three of N.
     e.project.NonLinear = 1;
     ASSERT_EQ(CreateWorkspace(e), 1);
-    EXPECT_EQ(ShapeOf(w.G0), Dims(27, 27));
+    EXPECT_EQ(ShapeOf(w.system.GD), Dims(27, 27));
     EXPECT_EQ(WorkspaceElements(w), linear + 27 * 27 + 3 * 27);
   }
   Engine e;
@@ -77,8 +78,8 @@ std::uint64_t RefuseOneRequest() { return ++probe_calls == probe_refuses_at ? 0 
 
 TEST(Workspace, ExhaustedMemoryAtAnyArrayLeavesNothingAndSaysWhich) {
   ScratchDir dir;
-  // All 78 arrays of this linear model: vectors first (51), then GD, G and D, then
-  // Yielded, then the other matrices, then the block states.
+  // All 78 arrays of this linear model: vectors first (51), then G and D, then Yielded,
+  // then the other matrices, then the two tables of G's blocks.
   for (int k = 1; k <= 78; ++k) {
     SCOPED_TRACE("refused request " + std::to_string(k));
     Engine e;
@@ -91,7 +92,7 @@ TEST(Workspace, ExhaustedMemoryAtAnyArrayLeavesNothingAndSaysWhich) {
     EXPECT_EQ(CreateWorkspace(e), 0);
     EXPECT_EQ(WorkspaceElements(e.ws), 0u);
     CloseLOGFile(e);
-    const bool vector = k <= 51, logical = k == 55 || k == 78;
+    const bool vector = k <= 51, logical = k == 54 || k >= 77;
     const std::string memory = std::string("Insufficient virtual memory to proceed (creating ") +
                                (vector ? "1D real" : logical ? "2D logical" : "2D real") + " matrix)";
     const std::string summary =

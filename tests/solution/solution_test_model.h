@@ -92,6 +92,7 @@ inline int RunIncrement(Engine& e, int i) {
   RealVector packed;
   packed.resize(g.N);
   SpreadCapMovement(e.foundation, g, k, e.ws, packed);
+  FormSoilMovements(e, packed);
   SplitSoilDisplacements(g, e.ws);
   AddMovementsToTotals(g, i, e.ws);
   if (e.project.NonLinear) UpdateSoilFlexibility(e, i);
