@@ -1,5 +1,9 @@
 #include "engine/workspace.h"
 
+#if defined(QUELLON_HUGE_PAGES) && defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 #include <climits>
 #include <cstdint>
 #include <new>
@@ -54,6 +58,21 @@ int Allocate(Engine& e, Array& a, std::size_t element_bytes, Size rows, Size col
   }
   return kStatusOk;
 }
+
+#if defined(QUELLON_HUGE_PAGES) && defined(__linux__)
+// Asks the system for huge pages under the pages of an N by N matrix that the system of
+// equations is factorised in: fewer misses of the address translation in the block
+// updates. Only the whole 2 MiB pages inside the matrix are advised.
+void AdviseHugePages(RealMatrix& m) {
+  constexpr std::uintptr_t kHuge = std::uintptr_t{2} << 20;
+  const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(m.data());
+  const std::uintptr_t end = begin + m.count() * sizeof(float);
+  const std::uintptr_t first = (begin + kHuge - 1) & ~(kHuge - 1), last = end & ~(kHuge - 1);
+  if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+}
+#else
+void AdviseHugePages(RealMatrix&) {}
+#endif
 
 int Report(Engine& e, int status, const char* routine, const char* memory_text) {
   if (status == kStatusOk) return 1;
@@ -160,6 +179,7 @@ int CreateWorkspace(Engine& e) {
       {&w.SectionEA, n + 1, P},     {&w.SectionEIx, n + 1, P},  {&w.SectionEIy, n + 1, P},
       {&w.SectionGJ, n + 1, P}};
   for (const Shape& s : square) ok = ok && CreateReal2D(e, *s.m, s.rows, s.cols);
+  if (ok) AdviseHugePages(nonlinear ? w.system.GD : w.G);  // the matrix that will be factorised
   ok = ok && CreateLogical2D(e, w.Yielded, 4, N);
   for (const Shape& s : rest) ok = ok && CreateReal2D(e, *s.m, s.rows, s.cols);
   ok = ok && CreateLogical2D(e, w.SoilBlockState, P, P);

@@ -90,12 +90,16 @@ struct Workspace {
   // rows searches only the blocks not known to be finite, instead of N^2 entries again.
   LogicalMatrix SoilBlockState;  // P by P
   // G's blocks for the soil movements of a linear run, whose G becomes its system: for
-  // field pile p and source pile q != p, the column of SoilPairBlocks (from 0, in M
-  // columns) of their block, or -1 when it is not kept; for q = p, the pile whose own
-  // block pile p took (SoilOwnBlocks holds it at that pile's place when kept). The
-  // assembly makes the two block tables, when they are small beside G.
+  // field pile p and source pile q != p, the group of pairs that share their block (from
+  // 0): its place in SoilPairBlocks, in M columns, when those are kept; for q = p, the
+  // pile whose own block pile p took (SoilOwnBlocks holds it at that pile's place when
+  // kept). Without the pair blocks, the torsion blocks of the groups, the heaviest part,
+  // may still be kept: SoilTorsionSlot gives a group's place in SoilTorsionBlocks, in n
+  // columns, or -1. The assembly makes the block tables when they are small beside G.
   IntegerMatrix SoilBlockIndex;             // P by P
   RealMatrix SoilPairBlocks, SoilOwnBlocks;  // M by M times the kept blocks
+  RealMatrix SoilTorsionBlocks;             // n by n times the kept torsion blocks
+  IntegerVector SoilTorsionSlot;            // one per group of pairs, with SoilTorsionBlocks
   RealVector LimitAxial, LimitX, LimitY, LimitTorsion;  // N, non-linear runs
 
   // ---- The six unit cap movements, solved anew at every increment.
@@ -160,7 +164,7 @@ inline float SoftenedSoilFlexibility(const Workspace& w, int i, int j) {
 // through here, so an array added to the workspace must be added here too.
 template <class F>
 void ForEachArray(Workspace& w, F&& f) {
-  for (RealMatrix* m : {&w.system.GD, &w.G, &w.D, &w.SoilPairBlocks, &w.SoilOwnBlocks, &w.soil_K, &w.pair_K, &w.pile_D, &w.HeadAxial, &w.HeadX,
+  for (RealMatrix* m : {&w.system.GD, &w.G, &w.D, &w.SoilPairBlocks, &w.SoilOwnBlocks, &w.SoilTorsionBlocks, &w.soil_K, &w.pair_K, &w.pile_D, &w.HeadAxial, &w.HeadX,
                         &w.HeadMomentXZ, &w.HeadY, &w.HeadMomentYZ, &w.HeadTorque, &w.UnitStressAxial,
                         &w.UnitStressX, &w.UnitStressY, &w.UnitStressTorsion, &w.UBCV, &w.Tractions,
                         &w.HistoryDisp, &w.HistoryLoad, &w.HistoryDispInc, &w.SectionEA, &w.SectionEIx,
@@ -184,6 +188,7 @@ void ForEachArray(Workspace& w, F&& f) {
     f(*v);
   f(w.SoftReleasedAt);
   f(w.SoftChangedAt);
+  f(w.SoilTorsionSlot);
 }
 
 // Creation routines: a size below 1 gives an empty array. On success every element is 0

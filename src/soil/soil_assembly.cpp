@@ -210,12 +210,17 @@ std::vector<PairGroup> GroupPairs(const Engine& e, const InteractionRule& rule) 
   return groups;
 }
 
-// Kept blocks may take at most this share of the floats of one N by N matrix.
-constexpr double kKeptBlockShare = 0.05;
+// Kept blocks may take at most these shares of the floats of one N by N matrix: the
+// blocks between piles (a regular grid of 50 piles has some 0.08 N^2 of distinct ones,
+// of 100 piles 0.04, of 250 piles 0.02), the piles' own blocks (N^2 / P when all
+// differ), the torsion blocks alone.
+constexpr double kKeptPairShare = 0.10;
+constexpr double kKeptOwnShare = 0.05;
+constexpr double kKeptTorsionShare = 0.05;
 
-// Whether k blocks of M by M may be kept beside a matrix of order N.
-bool MayKeep(long long k, int M, long long N) {
-  return static_cast<double>(k) * M * M <= kKeptBlockShare * static_cast<double>(N) * static_cast<double>(N);
+// Whether k blocks of m by m may be kept beside a matrix of order N.
+bool MayKeep(long long k, int m, long long N, double share) {
+  return static_cast<double>(k) * m * m <= share * static_cast<double>(N) * static_cast<double>(N);
 }
 
 // A matrix that may not be had is simply not kept: G t then recomputes its blocks.
@@ -284,12 +289,25 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     if (groups[static_cast<std::size_t>(k)].twisted) twisted.push_back(k);
 
   const bool index = w.SoilBlockIndex.rows() == piles && w.SoilBlockIndex.cols() == piles;
-  const bool keep = index && e.project.NonLinear == 0 && MayKeep(count, M, N) &&
+  const bool linear = index && e.project.NonLinear == 0;
+  const bool keep = linear && MayKeep(count, M, N, kKeptPairShare) &&
                     TryCreate(w.SoilPairBlocks, M, static_cast<long long>(count) * M);
   auto kept = [&w, M](int k) { return w.SoilPairBlocks.col(k * M + 1); };
+  const long long twists_count = static_cast<long long>(twisted.size());
+  bool keep_torsion = linear && !keep && twists_count > 0 && MayKeep(twists_count, n, N, kKeptTorsionShare) &&
+                      TryCreate(w.SoilTorsionBlocks, n, twists_count * n);
+  if (keep_torsion) {
+    try {
+      w.SoilTorsionSlot.resize(count);
+      w.SoilTorsionSlot.fill(-1);
+    } catch (const std::bad_alloc&) {
+      w.SoilTorsionBlocks.release();
+      keep_torsion = false;
+    }
+  }
   if (index)
     for (int k = 0; k < count; ++k)
-      for (const auto& [p, q] : groups[static_cast<std::size_t>(k)].members) w.SoilBlockIndex(p, q) = keep ? k : -1;
+      for (const auto& [p, q] : groups[static_cast<std::size_t>(k)].members) w.SoilBlockIndex(p, q) = k;
 
   // A rough count of the kernel calls of each loop decides whether to share it out.
   const long long calls = static_cast<long long>(count) * (n + 1) * (n + 1);
@@ -323,6 +341,12 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
     if (!BuildPileTorsionInteraction(g, rule, axis(group.p), axis(group.q), pair_K)) continue;
     if (keep) CopyTorsionPart(pair_K, n, kept(k));
+    if (keep_torsion) {
+      w.SoilTorsionSlot(k + 1) = t;
+      for (int v = 1; v <= n; ++v)
+        std::memcpy(w.SoilTorsionBlocks.col(t * n + v), pair_K.col(3 * n + 1 + v) + 3 * n + 1,
+                    static_cast<std::size_t>(n) * sizeof(float));
+    }
     const bool finite = !states || TorsionBlockFinite(pair_K, n);
     for (const auto& [p, q] : group.members) {
       CopyTorsionBlock(pair_K, n, p, q, G);
@@ -342,7 +366,7 @@ void KeepOwnBlock(Engine& e, int p, bool reuse) {
   w.SoilBlockIndex(p, p) = source;
   if (e.project.NonLinear != 0) return;
   const long long N = static_cast<long long>(M) * piles;
-  if (p == 1 && MayKeep(piles, M, N)) TryCreate(w.SoilOwnBlocks, M, static_cast<long long>(piles) * M);
+  if (p == 1 && MayKeep(piles, M, N, kKeptOwnShare)) TryCreate(w.SoilOwnBlocks, M, static_cast<long long>(piles) * M);
   if (source == p && w.SoilOwnBlocks.cols() == piles * M)
     std::memcpy(w.SoilOwnBlocks.col((p - 1) * M + 1), w.soil_K.data(), w.soil_K.count() * sizeof(float));
 }
@@ -405,6 +429,7 @@ bool SoilFlexibilityTimes(Engine& e, const float* t, float* out) {
   const std::vector<PileAxis> axes = piles > 1 ? AxesOf(e, g) : std::vector<PileAxis>{};
   const bool own_kept = w.SoilOwnBlocks.cols() == piles * M;
   const bool pairs_kept = !w.SoilPairBlocks.empty();
+  const bool torsion_kept = !w.SoilTorsionBlocks.empty() && !w.SoilTorsionSlot.empty();
 
   // Each field pile's rows by one thread, the columns in rising order: every row sums
   // its terms in the order of G's columns, as the product with G itself did.
@@ -433,11 +458,20 @@ bool SoilFlexibilityTimes(Engine& e, const float* t, float* out) {
           }
         } else {
           const int k = w.SoilBlockIndex(p, q);
-          if (pairs_kept && k >= 0) {
+          const PileAxis& a = axes[static_cast<std::size_t>(p - 1)];
+          const PileAxis& b = axes[static_cast<std::size_t>(q - 1)];
+          if (pairs_kept) {
             B = w.SoilPairBlocks.col(k * M + 1);
+          } else if (torsion_kept) {
+            BuildPileInteractionMatrix(g, rule, a, b, block, false);
+            if (rigid) RigidLayerInteractionCorrection(g, rule, a, b, block);
+            const int slot = w.SoilTorsionSlot(k + 1);
+            for (int v = 1; slot >= 0 && v <= n; ++v)
+              std::memcpy(block.col(3 * n + 1 + v) + 3 * n + 1, w.SoilTorsionBlocks.col(slot * n + v),
+                          static_cast<std::size_t>(n) * sizeof(float));
+            B = block.data();
           } else {
-            PairBlock(g, rule, rigid, axes[static_cast<std::size_t>(p - 1)], axes[static_cast<std::size_t>(q - 1)],
-                      block);
+            PairBlock(g, rule, rigid, a, b, block);
             B = block.data();
           }
         }

@@ -43,9 +43,9 @@ bool Same(float a, float b) { return std::bit_cast<std::uint32_t>(a) == std::bit
 
 TEST(BlockReuse, SharedBlocksAndTheSoilMovementsWithoutGAreTheFloatsOfEachPair) {
   // A long row keeps its blocks (they are few beside G); a grid with a raked and a longer
-  // pile recomputes them for the soil movements.
+  // pile keeps only its torsion blocks and recomputes the rest for the soil movements.
   const Group groups[] = {{"row of 45, blocks kept", Row(45, 2.5f, 0.0f), 1, 0.0f, 40.0f},
-                          {"grid of 9, blocks recomputed", Grid(), 3, 20.0f, 40.0f}};
+                          {"grid of 9, torsion blocks kept", Grid(), 3, 20.0f, 40.0f}};
   for (const Group& c : groups) {
     SCOPED_TRACE(c.what);
     Model m(TwoLayers(), 2, c.rigid, c.n, c.piles, 1, c.Mz);
@@ -56,6 +56,7 @@ TEST(BlockReuse, SharedBlocksAndTheSoilMovementsWithoutGAreTheFloatsOfEachPair) 
     m.Assemble();
     Workspace& w = m.e.ws;
     EXPECT_EQ(w.SoilPairBlocks.empty(), c.piles.size() < 40);
+    EXPECT_EQ(w.SoilTorsionBlocks.empty(), c.piles.size() >= 40);  // then in the pair blocks
 
     // Every pair block as computed for the pair alone.
     const SoilGround g = GroundOf(m.e);
