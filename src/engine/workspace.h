@@ -56,7 +56,14 @@ class GroupSystem {
   // How the factorisation failed (the solver's code), 0 when it did not.
   void MarkFailed(int code) { failure_ = code; }
   int Failure() const { return failure_; }
-  void Reset() { *this = State{}; }
+  // The assembly: whether G's blocks between piles hold what the system holds there
+  // (each entry plus 0), so that forming the system in G's storage adds only D.
+  void MarkPairBlocksAsSystem(bool yes) { pair_blocks_as_system_ = yes; }
+  bool PairBlocksAsSystem() const { return pair_blocks_as_system_; }
+  void Reset() {
+    *this = State{};
+    pair_blocks_as_system_ = false;
+  }
 
  private:
   struct State {
@@ -72,6 +79,7 @@ class GroupSystem {
   }
   bool factorised_ = false, solved_ = false, unchanged_ = false, planned_ = false;
   int failure_ = 0;
+  bool pair_blocks_as_system_ = false;
 };
 
 // Grouped by what they hold over a run.

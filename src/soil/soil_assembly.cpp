@@ -43,11 +43,20 @@ namespace {
 constexpr long long kParallelPairCalls = 2048;
 
 // Copies an M by M block into G at the rows of field pile p and the columns of source pile q.
-void CopyBlock(const RealMatrix& block, int p, int q, RealMatrix& G) {
+// With plus_zero, every entry is written as x + 0, as the system G + D takes it off the
+// piles' own rows (a -0 turned into +0), so that forming the system in G's storage has
+// nothing left to do in these blocks.
+void CopyBlock(const RealMatrix& block, int p, int q, RealMatrix& G, bool plus_zero = false) {
   const int M = block.rows();
   const std::size_t bytes = static_cast<std::size_t>(M) * sizeof(float);
   for (int v = 1; v <= M; ++v) {
-    std::memcpy(&G(M * (p - 1) + 1, M * (q - 1) + v), block.col(v), bytes);
+    float* to = &G(M * (p - 1) + 1, M * (q - 1) + v);
+    const float* from = block.col(v);
+    if (plus_zero) {
+      for (int i = 0; i < M; ++i) to[i] = from[i] + 0.0f;
+    } else {
+      std::memcpy(to, from, bytes);
+    }
   }
 }
 
@@ -96,11 +105,17 @@ void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, PhaseTimer*
 
 // Copies the torsion block (rows and columns 3n + 2..4n + 1) of an M by M block into G
 // at the place of field pile p and source pile q.
-void CopyTorsionBlock(const RealMatrix& block, int n, int p, int q, RealMatrix& G) {
+void CopyTorsionBlock(const RealMatrix& block, int n, int p, int q, RealMatrix& G, bool plus_zero = false) {
   const int M = block.rows();
   const std::size_t bytes = static_cast<std::size_t>(n) * sizeof(float);
   for (int v = 3 * n + 2; v <= M; ++v) {
-    std::memcpy(&G(M * (p - 1) + 3 * n + 2, M * (q - 1) + v), block.col(v) + 3 * n + 1, bytes);
+    float* to = &G(M * (p - 1) + 3 * n + 2, M * (q - 1) + v);
+    const float* from = block.col(v) + 3 * n + 1;
+    if (plus_zero) {
+      for (int i = 0; i < n; ++i) to[i] = from[i] + 0.0f;
+    } else {
+      std::memcpy(to, from, bytes);
+    }
   }
 }
 
@@ -211,8 +226,8 @@ std::vector<PairGroup> GroupPairs(const Engine& e, const InteractionRule& rule) 
 }
 
 // Kept blocks may take at most these shares of the floats of one N by N matrix: the
-// blocks between piles (a regular grid of 50 piles has some 0.08 N^2 of distinct ones,
-// of 100 piles 0.04, of 250 piles 0.02), the piles' own blocks (N^2 / P when all
+// blocks between piles (a regular grid of 50 piles has some 0.07 N^2 of distinct ones,
+// of 100 piles 0.04, of 250 piles 0.015), the piles' own blocks (N^2 / P when all
 // differ), the torsion blocks alone.
 constexpr double kKeptPairShare = 0.10;
 constexpr double kKeptOwnShare = 0.05;
@@ -290,6 +305,9 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
 
   const bool index = w.SoilBlockIndex.rows() == piles && w.SoilBlockIndex.cols() == piles;
   const bool linear = index && e.project.NonLinear == 0;
+  // A linear run forms its system in G's storage: the blocks between piles go in as the
+  // system holds them, unless G is to be printed as it is (flag 8).
+  const bool plus_zero = linear && !e.project.Flag(8);
   const bool keep = linear && MayKeep(count, M, N, kKeptPairShare) &&
                     TryCreate(w.SoilPairBlocks, M, static_cast<long long>(count) * M);
   auto kept = [&w, M](int k) { return w.SoilPairBlocks.col(k * M + 1); };
@@ -326,10 +344,11 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     if (keep) std::memcpy(kept(k), pair_K.data(), pair_K.count() * sizeof(float));
     const std::int32_t found = states ? StateOf(pair_K) : kBlockUnchecked;
     for (const auto& [p, q] : group.members) {
-      CopyBlock(pair_K, p, q, G);
+      CopyBlock(pair_K, p, q, G, plus_zero);
       if (states) state(p, q) = found;
     }
   }
+  w.system.MarkPairBlocksAsSystem(plus_zero);
 
   if (twisted.empty()) return;
   PhaseScope torsion(e.timer, Phase::kTorsion);
@@ -349,7 +368,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     }
     const bool finite = !states || TorsionBlockFinite(pair_K, n);
     for (const auto& [p, q] : group.members) {
-      CopyTorsionBlock(pair_K, n, p, q, G);
+      CopyTorsionBlock(pair_K, n, p, q, G, plus_zero);
       if (!finite) state(p, q) = kBlockNotFinite;
     }
   }

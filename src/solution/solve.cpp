@@ -150,15 +150,18 @@ void FormSystemMatrix(Workspace& w) {
   Require(N >= 1 && G.cols() == N && w.system.GD.rows() == N && w.system.GD.cols() == N && M >= 1 && w.D.cols() == N,
           "FormSystemMatrix: workspace of another model");
   // Off the pile's own rows D is zero, and the sum is g + 0, which turns a -0 of G into
-  // +0 as the full sum would.
+  // +0 as the full sum would; when the assembly wrote the blocks between piles so, in
+  // G's storage, only the piles' own blocks are left to do.
+  const bool own_only = in_place && w.system.PairBlocksAsSystem();
 #pragma omp parallel for schedule(static) if (N >= 2048)
   for (int j = 1; j <= N; ++j) {
     const float* g = G.col(j);
     const float* d = w.D.col(j);
     float* gd = w.system.GD.col(j);
     const int r0 = PileBlockStart(M, j);
-    for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
     for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + d[i - r0];
+    if (own_only) continue;
+    for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
     for (int i = r0 + M; i < N; ++i) gd[i] = g[i] + 0.0f;
   }
 }
