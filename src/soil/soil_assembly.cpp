@@ -3,13 +3,19 @@
 // A pile's own block goes through soil_K, which is kept from one pile to the next and
 // rebuilt only when the pile differs in shape from the pile handled before it. The
 // blocks between two piles depend on nothing that changes from one pile to the next, so
-// the turn of the first pile writes them all, in one pass over every ordered pair shared
-// among the threads: each block is computed by one thread in a fixed order into that
-// thread's own scratch matrix, so G does not depend on the number of threads, and one
-// pass costs one start of the threads, not one per pile. The torsion blocks between near
-// piles depend on nothing else in a pair's block and take far longer than the rest of
-// it, so they run as a second parallel loop of their own, over the pairs that have one:
-// the threads share that work evenly, and the phase timer sees it apart.
+// the turn of the first pile writes them all. Pairs of piles alike in every respect the
+// kernels read, at the same offset in plan, have the same block: the ordered pairs are
+// grouped so, and each group's block is computed once, by one thread in a fixed order
+// into that thread's own scratch matrix, and copied to every pair of the group. So G
+// does not depend on the number of threads, and one pass costs one start of the
+// threads, not one per pile. The torsion blocks between near piles depend on nothing
+// else in a pair's block and take far longer than the rest of it, so they run as a
+// second parallel loop of their own, over the groups that have one: the threads share
+// that work evenly, and the phase timer sees it apart.
+//
+// A linear run forms its system in G's own storage, so G is gone when the soil
+// movements want G t: the assembly keeps the distinct blocks for them where they are few
+// beside G, and SoilFlexibilityTimes takes them from there or from the kernels again.
 #include <algorithm>
 #include <bit>
 #include <climits>
