@@ -59,6 +59,14 @@ const char* const kUsage =
     "options of run and check:\n"
     "  --no-warnings   no warnings about the model (misread numbers, values dropped,\n"
     "                  places where the method misleads); the exit status is the same\n"
+    "  --mechanics M   as-defined (the default): the method as it is defined, whose\n"
+    "                  numbers compare with the system it replaces; corrected: the same\n"
+    "                  analysis with its known flaws corrected (a first-order unit twist\n"
+    "                  of the cap, torsion between piles under any load, the whole\n"
+    "                  section compared before a pile matrix is shared, the rigid twist\n"
+    "                  of a pile raked both ways). Every output of a corrected run says\n"
+    "                  so, and the warnings cap-torque and shared-pile-matrix, whose\n"
+    "                  flaws it removes, are not given\n"
     "\n"
     "The outputs are written as FILE.part and moved into place when the run has\n"
     "produced them. A failed run leaves earlier outputs as they were and keeps its\n"
@@ -197,6 +205,7 @@ struct Options {
   std::string command, model, out_dir, xml, txt, log;
   bool no_txt = false, no_csv = false, keep_flags = false, quiet = false;
   bool no_warnings = false;
+  bool corrected_mechanics = false;  // --mechanics corrected
 };
 
 bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
@@ -228,6 +237,15 @@ bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
       o.quiet = true;
     } else if (a == "--no-warnings") {
       o.no_warnings = true;
+    } else if (a == "--mechanics") {
+      // ---- the host's choice of mechanics ----
+      std::string mode;
+      if (!next(mode)) return false;
+      if (mode != "as-defined" && mode != "corrected") {
+        why = "--mechanics takes as-defined or corrected, not " + mode;
+        return false;
+      }
+      o.corrected_mechanics = mode == "corrected";
     } else if (!a.empty() && a[0] == '-') {
       why = "unknown option " + a;
       return false;
@@ -296,6 +314,7 @@ void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& pe
     c.print("  " + std::to_string(peek.piles) + " piles of " + std::to_string(peek.elements) + " elements, " +
             std::to_string(peek.increments) + (peek.increments > 1 ? " increments (non-linear)" : " increment (linear)"));
   }
+  if (o.corrected_mechanics) c.print("  mechanics: corrected");
   if (r.have_centre)
     c.print("  centre of rotation: X = " + Fixed(r.centre[0], 0, 3) + " m, Y = " + Fixed(r.centre[1], 0, 3) + " m");
 
@@ -377,6 +396,9 @@ int Check(Console& c, const Options& o) {
     log = temporary;
   }
   QuellonCreateLOGFile(log.c_str());
+  // The default mode is the engine's own: only the corrected one is set, so that a run
+  // without it writes exactly what it always wrote.
+  if (o.corrected_mechanics) QuellonSetMechanics(1);
   const int ok = READTMWFILEDIRECT(Padded260(o.model).c_str());
   const int line = QuellonGetTMWLineNumber();
   QuellonCloseAllFiles();
@@ -439,6 +461,9 @@ int Run(Console& c, const Options& o) {
   QuellonSetPileCapDisplacementsCallback(&OnCapDisplacements);
   QuellonSetPileCapCentreOfRotationCallback(&OnCentre);
   QuellonSetProjectMessageCallback(&OnMessage);
+  // The default mode is the engine's own: only the corrected one is set, so that a run
+  // without it writes exactly what it always wrote.
+  if (o.corrected_mechanics) QuellonSetMechanics(1);
 
   c.print("Reading " + o.model);
   if (READTMWFILEDIRECT(Padded260(o.model).c_str()) != 1) {

@@ -249,6 +249,40 @@ QUELLON_API int RUNANALYSISDIRECT(const char* xml_path, const char* txt_path,
                                   const void* unused);
 
 /* ---------------------------------------------------------------------------------
+ * Mechanics (beyond the classic interface; opt-in). A run analyses the model by the
+ * method as it is defined (mode 0, the default), so that its numbers compare with the
+ * system it replaces. Mode 1, corrected, changes exactly four rules where the method's
+ * mechanics are wrong, and nothing else:
+ *   - the unit twist of the cap is a first-order rotation: the head of a pile moves by
+ *     the unit angle times its lever arm from the centre of rotation, at right angles
+ *     to it, and each element by the same rule applied to its offset from the head
+ *     (not a finite rotation of one radian, which also pulls every pile towards the
+ *     centre and gives radial forces under a pure torque);
+ *   - torsion between near piles is assembled whenever the group has two or more piles,
+ *     not only when the applied torque Mz is non-zero, so that the group stiffness of a
+ *     linear model does not depend on its loads;
+ *   - a pile takes over the pile matrix of the pile before it only if their section
+ *     tables are the same over the whole length (the reinforced length and the
+ *     unreinforced section included);
+ *   - the elements of a pile raked in both directions move under the twist as a rigid
+ *     rotation moves them (not by 1/sqrt(2) of it along one diagonal).
+ * Every document of a run in corrected mode says so: the line
+ * " Mechanics: corrected" after the banner of the TXT report, the attribute
+ * mechanics="corrected" of the XML output's root element, and the LOG line
+ * "Mechanics: corrected" at the start of the run. In mode 0 the documents are exactly
+ * those of an engine without this export. The warnings cap-torque and
+ * shared-pile-matrix of QuellonCheckModel are not given in corrected mode.
+ *
+ * QuellonSetMechanics: mode 0 or 1; any other value is refused with 0 and an error
+ * message, the mode left as it was. Like the callbacks, the mode survives the reset at
+ * the end of a run: it holds until it is set again. Refused during a run, like every
+ * model setter. Echoed to the LOG.
+ * QuellonGetMechanics: the mode in force, 0 or 1.
+ * ------------------------------------------------------------------------------- */
+QUELLON_API int QuellonSetMechanics(int mode);
+QUELLON_API int QuellonGetMechanics(void);
+
+/* ---------------------------------------------------------------------------------
  * Files
  * ------------------------------------------------------------------------------- */
 /* LOG: closes an open LOG first, then creates the file and writes its head. */

@@ -151,6 +151,9 @@ EXPORTS: dict[str, tuple] = {
     # Model review: the pre-run check and the findings of the last read and check
     "QuellonCheckModel": (_I, []),
     "QuellonGetDiagnostic": (_I, [c_int, c_char_p, c_int]),
+    # Mechanics: the method as defined (0) or corrected (1); kept across runs
+    "QuellonSetMechanics": (_I, [c_int]),
+    "QuellonGetMechanics": (_I, []),
     "QuellonCloseTXTFile": (None, []),
     "QuellonCloseAllFiles": (None, []),
 }

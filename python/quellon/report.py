@@ -35,12 +35,12 @@ def _table(df, floatfmt="{:.4g}") -> str:
     return df.to_html(index=False, border=0, float_format=lambda v: floatfmt.format(v), na_rep="")
 
 
-def write_report(model: str | os.PathLike, out: str | os.PathLike) -> Path:
+def write_report(model: str | os.PathLike, out: str | os.PathLike, mechanics: str = "as-defined") -> Path:
     """Runs the model file and writes the figures and index.html into `out`; returns the
-    page's path."""
+    page's path. mechanics: as for `run`."""
     out = Path(out)
     out.mkdir(parents=True, exist_ok=True)
-    results = run(model, keep=out)
+    results = run(model, keep=out, mechanics=mechanics)
     piles = profile_piles(results)
     plots.profiles(results, piles=piles, path=out / FIGURES[0][0])
     plots.plan(results, path=out / FIGURES[1][0])
@@ -59,6 +59,8 @@ def write_report(model: str | os.PathLike, out: str | os.PathLike) -> Path:
         f"<p>{results.increments} increment(s), {'non-linear' if results.nonlinear else 'linear'} analysis, "
         f"{len(results.heads)} piles. Axes: X, Y horizontal, Z positive downward.</p>",
     ]
+    if results.mechanics == "corrected":
+        parts.append("<p><b>Mechanics: corrected</b> (see docs/mechanics.md of the engine).</p>")
     if notes:
         parts.append("<p><b>Engine warnings and errors:</b> " + html.escape("; ".join(notes)) + "</p>")
     parts.append("<h2>Figures</h2><ul>")
@@ -84,9 +86,11 @@ def main(argv: list[str] | None = None) -> int:
     rep = sub.add_parser("report", help="run a model and write its figures and an HTML page")
     rep.add_argument("model", help="text model file (.tmw)")
     rep.add_argument("-o", "--out", required=True, help="directory for the page and the figures")
+    rep.add_argument("--mechanics", choices=["as-defined", "corrected"], default="as-defined",
+                     help="the method as defined (default) or with its known flaws corrected")
     args = parser.parse_args(argv)
     try:
-        page = write_report(args.model, args.out)
+        page = write_report(args.model, args.out, mechanics=args.mechanics)
     except QuellonError as e:
         print(f"quellon: {e}", file=sys.stderr)
         return 2

@@ -67,6 +67,8 @@ class Results:
         info, 1 warning, 2 error, 3 critical. An orderly stop at the axial capacity of
         the group comes as an error message with a successful run.
     xml: the path of the XML output if it was kept, else None.
+    mechanics: "corrected" for a run in the corrected mechanics (the XML root says so),
+        else "as-defined".
     """
     cap: pd.DataFrame
     stiffness: pd.DataFrame
@@ -77,6 +79,7 @@ class Results:
     messages: list[tuple[int, str]] = field(default_factory=list)
     nonlinear: bool = False
     xml: Path | None = None
+    mechanics: str = "as-defined"
 
     @property
     def increments(self) -> int:
@@ -116,20 +119,31 @@ def _set_flags(flags: str, on: tuple[int, ...], off: tuple[int, ...] = ()) -> st
     return "".join(f)
 
 
+MECHANICS = {"as-defined": 0, "corrected": 1}
+
+
 def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
-        keep: str | os.PathLike | None = None, quiet: bool = True) -> Results:
+        keep: str | os.PathLike | None = None, quiet: bool = True,
+        mechanics: str = "as-defined") -> Results:
     """Runs a model and returns its `Results`.
 
     model: a `Model` (sent through the setters) or the path of a text model file (read by
     the engine itself). every_increment: profiles of every increment (else of the last).
     keep: a directory in which the XML output and the TXT report stay (named after the
-    model). quiet: keep the engine's lines on standard output away.
+    model). quiet: keep the engine's lines on standard output away. mechanics:
+    "as-defined" (the method as it is defined, the default) or "corrected" (the first-order
+    unit twist, torsion between piles under any load, the whole section compared before a
+    pile matrix is reused, the rigid twist of a pile raked both ways; see docs/mechanics.md).
 
     Only one run at a time per process: the engine has one model, and runs from other
     threads wait for the lock. Raises `QuellonError` with the engine's messages if the
     model is refused or the run fails.
     """
+    if mechanics not in MECHANICS:
+        raise ValueError(f"mechanics must be one of {sorted(MECHANICS)}, not {mechanics!r}")
     with _engine.session() as (lib, record, tmp):
+        # The engine keeps the mode from run to run: every run sets its own.
+        lib.QuellonSetMechanics(MECHANICS[mechanics])
         if isinstance(model, Model):
             flags = model.flags
             stem = "model"
@@ -207,9 +221,12 @@ def read_xml(path: str | os.PathLike) -> Results:
     runs = 0                # increment elements of the output: the first is the run's
     blocks = 0              # pile blocks read
     stack: list[str] = []
+    mechanics = "as-defined"
     for event, el in ET.iterparse(path, events=("start", "end")):
         if event == "start":
             stack.append(el.tag)
+            if len(stack) == 1 and el.get("mechanics") == "corrected":
+                mechanics = "corrected"
             if stack == ["Tolmark", "Output", "Increment"]:
                 runs += 1
                 if runs == 1:
@@ -245,7 +262,9 @@ def read_xml(path: str | os.PathLike) -> Results:
                 caps.append(_cap_row(cap, number))
             el.clear()
     caps.sort(key=lambda c: c["increment"])
-    return _frames(piles, caps, rows, nonlinear)
+    results = _frames(piles, caps, rows, nonlinear)
+    results.mechanics = mechanics
+    return results
 
 
 def _flag(flags: str, i: int) -> bool:

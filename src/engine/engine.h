@@ -50,6 +50,10 @@ struct Engine {
   Borehole borehole;
   Foundation foundation;
   RunCallbacks callbacks;
+  // The host's choice of mechanics (QuellonSetMechanics): false for the method as it is
+  // defined, true for the corrected twist, torsion between piles and pile likeness.
+  // Like the callbacks, it survives every reset of the model.
+  bool corrected_mechanics = false;
   QuellonWindowMessageFn window_observer = nullptr;
   FileUnits files;
   Workspace ws;

@@ -241,6 +241,7 @@ int OpenAndRun(Engine& e, std::string_view xml_path, std::optional<std::string_v
   if (OpenRunFiles(e, xml_path, txt_path) == 0) return 0;
 
   SendInfo(e, "Running the boundary element analysis...");
+  if (e.corrected_mechanics) LogLine(e, "Mechanics: corrected");
   int result = 0;
   try {
     ResetYieldCounters(e);

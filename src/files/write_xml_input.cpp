@@ -142,8 +142,10 @@ void WriteXMLHeader(Engine& e) {
   out->line(std::string("<!--") + kOwnershipLine1 + "-->");
   out->line(std::string("<!--") + kOwnershipLine2 + "-->");
   out->line("<!--File Output.xml-->");
-  out->line("<Tolmark version=\"" + VersionText() +
-            "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+  // A document of the corrected mechanics says so on its root element.
+  out->line("<Tolmark version=\"" + VersionText() + "\"" +
+            (e.corrected_mechanics ? " mechanics=\"corrected\"" : "") +
+            " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
             " xsi:noNamespaceSchemaLocation=\"https://www.quellonengine.org/xml-schemas/Tolmark.xsd\">");
 }
 
