@@ -267,10 +267,11 @@ QUELLON_API int RUNANALYSISDIRECT(const char* xml_path, const char* txt_path,
  *   - the elements of a pile raked in both directions move under the twist as a rigid
  *     rotation moves them (not by 1/sqrt(2) of it along one diagonal).
  * Every document of a run in corrected mode says so: the line
- * " Mechanics: corrected" after the banner of the TXT report, the attribute
+ * " Mechanics: corrected" at the end of the banner of the TXT report, the attribute
  * mechanics="corrected" of the XML output's root element, and the LOG line
- * "Mechanics: corrected" at the start of the run. In mode 0 the documents are exactly
- * those of an engine without this export. The warnings cap-torque and
+ * "Mechanics: corrected" at the start of the run. A run in mode 0 writes exactly the
+ * documents of an engine without this export (a call of QuellonSetMechanics is echoed
+ * to the LOG, like every setter). The warnings cap-torque and
  * shared-pile-matrix of QuellonCheckModel are not given in corrected mode.
  *
  * QuellonSetMechanics: mode 0 or 1; any other value is refused with 0 and an error
