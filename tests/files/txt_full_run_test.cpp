@@ -1,8 +1,8 @@
 // The TXT report of whole analyses, a linear and a non-linear one with every report flag
 // set, against golden files, which pin the layout, the order of the sections and the
-// numbers. Checked apart from the engine's own output: the cap totals are the increments
-// added up, and the history tables of the last increment agree with what the host was
-// sent at each increment.
+// numbers. Checked apart from the engine's own output: the pile head loads balance the
+// loads on the cap, the cap totals are the increments added up, and the history tables
+// of the last increment agree with what the host was sent at each increment.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,12 +23,13 @@ namespace {
 using testing::ReadLines;
 using testing::TempFile;
 
-// Cap vectors in the internal order (vertical, X, XZ, Y, YZ, twist), as sent to the host
-// at each increment.
+// Cap vectors in the internal order: vertical, X, XZ, Y, YZ, twist; as sent to the host,
+// the pile head loads resolved onto the cap, and the load of one increment.
 struct IncrementHeard {
-  double loads[6], moves[6];
+  double loads[6], moves[6], heads[6], load_inc[6];
 };
 struct Heard {
+  const Engine* engine = nullptr;
   std::vector<IncrementHeard> increments;
   std::vector<std::string> errors;
 } heard;
@@ -39,19 +40,46 @@ void FromSent(const float* const v[6], double out[6]) {
   for (int i = 0; i < 6; ++i) out[i] = *v[from[i]];
 }
 
+// The loads at the heads of the piles (cap level, the piles' own axes) resolved into the
+// cap's axes and taken about the centre of the pile heads.
+void HeadLoadsOnTheCap(const Engine& e, double out[6]) {
+  const Foundation& f = e.foundation;
+  const Workspace& w = e.ws;
+  double cx = 0.0, cy = 0.0;
+  for (int p = 1; p <= f.NumberOfPiles; ++p) cx += f.Piles(p).X, cy += f.Piles(p).Y;
+  cx /= f.NumberOfPiles, cy /= f.NumberOfPiles;
+  for (int i = 0; i < 6; ++i) out[i] = 0.0;
+  for (int p = 1; p <= f.NumberOfPiles; ++p) {
+    const Pile& q = f.Piles(p);
+    const double a = q.RakeX * M_PI / 180.0, b = q.RakeY * M_PI / 180.0;
+    const double A = w.PileHeadAxial(p), X = w.PileHeadX(p), Y = w.PileHeadY(p);
+    const double V = std::cos(a) * std::cos(b) * A + std::sin(a) * X + std::sin(b) * Y;
+    const double Hx = std::cos(a) * X - std::sin(a) * A, Hy = std::cos(b) * Y - std::sin(b) * A;
+    const double dx = q.X - cx, dy = q.Y - cy;
+    const double add[6] = {V, Hx, dx * V + w.PileHeadMomentXZ(p), Hy, dy * V + w.PileHeadMomentYZ(p),
+                           w.PileHeadTorque(p) - dy * Hx + dx * Hy};
+    for (int i = 0; i < 6; ++i) out[i] += add[i];
+  }
+}
+
 void Listen(Engine& e) {
   heard = Heard{};
+  heard.engine = &e;
   e.callbacks.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
                                     const float* g) {
     const float* const v[6] = {a, b, c, d, f, g};
     heard.increments.emplace_back();
     FromSent(v, heard.increments.back().loads);
   };
+  // Sent after the loads, when the totals of the increment are complete.
   e.callbacks.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d,
                                             const float* f, const float* g) {
     ASSERT_FALSE(heard.increments.empty());
+    IncrementHeard& s = heard.increments.back();
     const float* const v[6] = {a, b, c, d, f, g};
-    FromSent(v, heard.increments.back().moves);
+    FromSent(v, s.moves);
+    HeadLoadsOnTheCap(*heard.engine, s.heads);
+    for (int j = 1; j <= 6; ++j) s.load_inc[j - 1] = heard.engine->ws.CapLoadInc(j);
   };
   e.project.MessageCallback = [](const int* s, const char* text) { if (*s == kError) heard.errors.emplace_back(text); };
 }
@@ -139,6 +167,20 @@ std::vector<std::string> RunAgainstGolden(Engine& e, const std::string& golden_n
   return ReadLines(txt.path());
 }
 
+// The head loads balance the cap loads of every increment, and the cap loads reached are
+// the increment's loads added up; to single precision of the vertical load.
+void ExpectEquilibrium() {
+  ASSERT_FALSE(heard.increments.empty());
+  for (std::size_t i = 0; i < heard.increments.size(); ++i) {
+    const IncrementHeard& s = heard.increments[i];
+    for (int j = 0; j < 6; ++j) {
+      const std::string at = "increment " + std::to_string(i + 1) + ", load " + std::to_string(j + 1);
+      EXPECT_NEAR(s.heads[j], s.loads[j], 2e-5 * std::fabs(s.loads[0]) + 1e-3) << at;
+      EXPECT_NEAR(s.loads[j], static_cast<double>(i + 1) * s.load_inc[j], 1e-5 * std::fabs(s.loads[0])) << at;
+    }
+  }
+}
+
 // A printed value against its value: three significant digits in the scientific forms,
 // one decimal for loads; at or below the cut it prints as 0.
 void ExpectPrinted(double printed, double value, double cut, double decimals, const std::string& what) {
@@ -181,6 +223,7 @@ TEST(TXTFullRun, LinearRunWithEveryReportFlag) {
   LinearModel(e);
   RunAgainstGolden(e, "txt_run_linear.txt");
   ASSERT_EQ(heard.increments.size(), 1u);
+  ExpectEquilibrium();
   EXPECT_FLOAT_EQ(heard.increments[0].loads[0], 1800.0f);  // the whole load at once
 }
 
@@ -189,12 +232,8 @@ TEST(TXTFullRun, NonLinearRunToTheAxialCapacity) {
   NonLinearModel(e);
   const std::vector<std::string> lines = RunAgainstGolden(e, "txt_run_nonlinear.txt");
   EXPECT_EQ(heard.errors, std::vector<std::string>{"Ultimate axial capacity of single pile exceeded after increment 3"});
+  ExpectEquilibrium();
   ExpectHistoryTables(lines);
-  // The cap loads reached are the equal increments added up, in all six directions.
-  const double* first = heard.increments[0].loads;
-  for (std::size_t i = 1; i < heard.increments.size(); ++i)
-    for (int j = 0; j < 6; ++j)
-      EXPECT_NEAR(heard.increments[i].loads[j], static_cast<double>(i + 1) * first[j], 1e-5 * first[0]) << i << " " << j;
 }
 
 }  // namespace
