@@ -261,7 +261,11 @@ QUELLON_API int RUNANALYSISDIRECT(const char* xml_path, const char* txt_path,
  * works every case from its own factorisation: the group flexibility gives the case's
  * cap movement, and the six unit responses of the cap (stresses, soil movements, head
  * loads for each unit cap movement) give everything else as their combination, so a
- * case costs a few passes over vectors of N values. The results are those of a
+ * case costs a few passes over vectors of N values. One thing of the system depends
+ * on the loads: the torsion between near piles enters the soil flexibility only when a
+ * torque about Z (Mz) is applied. The cases that differ from the run's own loads in
+ * that respect are worked alike from a second assembly of the blocks between piles and
+ * a second factorisation, made once for all of them. The results are those of a
  * separate run with the case's loads as its Actions, to single-precision rounding. A
  * non-linear run with load cases is refused with an error message (not available in
  * this version).

@@ -11,11 +11,15 @@
 #include "solution/load_cases.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 #include <string>
 
 #include "engine/engine.h"
 #include "engine/internal_error.h"
 #include "engine/notify.h"
+#include "engine/utilities.h"
+#include "soil/soil.h"
 #include "files/load_case_document.h"
 #include "files/reports.h"
 #include "solution/group_stiffness.h"
@@ -28,6 +32,10 @@ namespace {
 constexpr const char* kLinearComment =
     "Linear: every case from the run's factorisation, its cap movement from the group flexibility and its "
     "results as the combination of the six unit responses of the cap";
+constexpr const char* kSecondSystemComment =
+    "; the cases that differ from the run's own loads in having a torque about Z or none, from a second "
+    "assembly and factorisation, since the torsion between near piles enters the soil flexibility only "
+    "under a torque";
 
 // S(., c) = G Tractions(., c) for the six unit cap movements. Rows in blocks, each block
 // by one thread with its six sums in hand; each entry takes its terms in rising column
@@ -117,6 +125,85 @@ void NotifyLoadCase(Engine& e, int number, const LoadCase& c, int increments) {
   fn(&r);
 }
 
+// What a system gives every case worked from it: the soil movements of the six unit
+// cap movements, and the group flexibility with the report tables of both.
+struct UnitResponses {
+  RealMatrix soil;  // N by 6: G times each unit traction column
+  float flex[36] = {};
+  float kt[6][6] = {};
+  float ft[6][6] = {};
+};
+
+int FormUnitResponses(Engine& e, UnitResponses& r) {
+  Workspace& w = e.ws;
+  const int N = w.G.rows();
+  if (!Create2DRealMatrix(e, r.soil, N, 6)) return 0;
+  UnitSoilMovements(w.G, w.Tractions, N, r.soil);
+  // The group stiffness and flexibility as the run's increment forms them.
+  float k[36];
+  AssembleGroupStiffness(e.foundation, w, k);
+  std::copy(k, k + 36, r.flex);
+  if (!InvertMatrix(r.flex, 6, 6)) {
+    e.project.ErrorCode = 258;  // "Error inverting soil stiffness matrix"
+    return 0;
+  }
+  GroupReportTables(k, r.flex, r.kt, r.ft);
+  return 1;
+}
+
+// The unit stresses and head loads of one system, kept aside while the other's stand in
+// the workspace.
+struct UnitTables {
+  RealMatrix stress[4];
+  RealMatrix head[6];
+  static std::array<RealMatrix*, 10> Of(Workspace& w) {
+    return {&w.UnitStressAxial, &w.UnitStressX, &w.UnitStressY, &w.UnitStressTorsion, &w.HeadAxial,
+            &w.HeadX,           &w.HeadMomentXZ, &w.HeadY,       &w.HeadMomentYZ,      &w.HeadTorque};
+  }
+  std::array<RealMatrix*, 10> Mine() {
+    return {&stress[0], &stress[1], &stress[2], &stress[3], &head[0],
+            &head[1],   &head[2],   &head[3],   &head[4],   &head[5]};
+  }
+  void CopyFrom(Workspace& w) {
+    const auto from = Of(w);
+    const auto to = Mine();
+    for (std::size_t i = 0; i < from.size(); ++i) *to[i] = *from[i];
+  }
+  void SwapWith(Workspace& w) {
+    const auto other = Of(w);
+    const auto mine = Mine();
+    for (std::size_t i = 0; i < other.size(); ++i) std::swap(*other[i], *mine[i]);
+  }
+};
+
+// The LOG of the run stays as it is without cases: the second system is made silently.
+class QuietLog {
+ public:
+  explicit QuietLog(Engine& e) : e_(e), unit_(e.project.LOGUnit) { e_.project.LOGUnit = 0; }
+  ~QuietLog() { e_.project.LOGUnit = unit_; }
+  QuietLog(const QuietLog&) = delete;
+  QuietLog& operator=(const QuietLog&) = delete;
+
+ private:
+  Engine& e_;
+  int unit_;
+};
+
+// The blocks between piles again, with or without the torsion between near piles, and
+// the unit responses of the system so changed. The piles' own blocks, D and UBCV don't
+// depend on the torque and stand as the run made them.
+int SolveWithOtherTorsion(Engine& e, bool torque) {
+  QuietLog quiet(e);
+  const float mz = e.actions.Mz;
+  e.actions.Mz = torque ? 1.0f : 0.0f;
+  AssembleSoilFlexibility(e, 1);
+  e.actions.Mz = mz;
+  if (Solve(e, 1) == 0) return 0;
+  SplitTractions(e);
+  CalcHeadLoads(e, 1);
+  return 1;
+}
+
 }  // namespace
 
 int PrepareLoadCases(Engine& e) {
@@ -140,30 +227,38 @@ int WorkLoadCases(Engine& e) {
   Require(w.G.rows() == g.N && w.G.cols() == g.N && w.Tractions.rows() == g.N,
           "WorkLoadCases: the soil flexibility of the run is gone");
 
-  RealMatrix unit_soil;
-  if (!Create2DRealMatrix(e, unit_soil, g.N, 6)) return 0;
-  UnitSoilMovements(w.G, w.Tractions, g.N, unit_soil);
-
-  // The group stiffness and flexibility of the run's increment, from the same head loads.
-  float k[36];
-  AssembleGroupStiffness(f, w, k);
-  float flex[36];
-  std::copy(k, k + 36, flex);
-  if (!InvertMatrix(flex, 6, 6)) {
-    e.project.ErrorCode = 258;  // "Error inverting soil stiffness matrix"
-    return 0;
-  }
-  float kt[6][6];
-  float ft[6][6];
-  GroupReportTables(k, flex, kt, ft);
+  // The soil matrix between piles depends on the loads in one respect: whether a torque
+  // about Z is applied. Cases that differ from the run's own loads in it need a system of
+  // their own; every other case is worked from the run's.
+  const bool run_torque = IsNonZero(e.actions.Mz);
+  auto system_of = [&](const LoadCase& c) { return f.NumberOfPiles > 1 && IsNonZero(c.loads.Mz) != run_torque ? 1 : 0; };
+  bool second = false;
+  for (const LoadCase& c : set.cases) second = second || system_of(c) == 1;
 
   const int count = static_cast<int>(set.cases.size());
-  WriteLoadCaseDocumentStart(e, count, false, kLinearComment);
+  WriteLoadCaseDocumentStart(e, count, false, std::string(kLinearComment) + (second ? kSecondSystemComment : "") );
+
+  UnitResponses systems[2];
+  UnitTables aside;  // the unit tables of the system that is not in the workspace
+  if (!FormUnitResponses(e, systems[0])) return 0;
+  int in_workspace = 0;
+  if (second) {
+    aside.CopyFrom(w);
+    if (!SolveWithOtherTorsion(e, !run_torque) || !FormUnitResponses(e, systems[1])) return 0;
+    in_workspace = 1;
+  }
+
   for (int i = 1; i <= count; ++i) {
     const LoadCase& c = set.cases[static_cast<std::size_t>(i - 1)];
+    const int s = system_of(c);
+    if (s != in_workspace) {
+      aside.SwapWith(w);
+      in_workspace = s;
+    }
+    const UnitResponses& r = systems[s];
     CapLoadOfOneIncrement(c.loads, f, w.CapLoadInc);
-    CapMovementAndStresses(f, g, flex, w);
-    CombineSoilMovements(unit_soil, w.CapDispInc, g.N, w.SoilDispInc);
+    CapMovementAndStresses(f, g, r.flex, w);
+    CombineSoilMovements(r.soil, w.CapDispInc, g.N, w.SoilDispInc);
     LoadsDownEachPile(f, g, w);
     SplitSoilDisplacements(g, w);
     ZeroTotals(w);
@@ -172,7 +267,7 @@ int WorkLoadCases(Engine& e) {
     {
       PhaseScope reports(e.timer, Phase::kReports);
       WriteLoadCaseStart(e, i, c.name, c.loads, 1);
-      WriteLoadCaseIncrement(e, 1, kt, ft);
+      WriteLoadCaseIncrement(e, 1, r.kt, r.ft);
       WriteLoadCaseEnd(e);
     }
     NotifyLoadCase(e, i, c, 1);

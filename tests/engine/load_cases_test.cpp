@@ -104,10 +104,12 @@ int RunModel(Engine& e, const ScratchDir& dir, const std::string& name) {
   return result;
 }
 
+// The run's own loads have a torque; two cases have none, so their soil matrix lacks the
+// torsion between near piles and they come from a second system, in turn with the first.
 const std::vector<Actions> kCases = {
-    Loads(0, 0, 900, 0, 0, 1, 0, 0),                     // down, off the centre of rotation
-    Loads(150, -80, 600, 120, -90, 2, 1.0f, 0.5f),       // sway, moments, an offset point
-    Loads(-60, 110, -200, 0, 40, 75, -0.5f, 2.0f),       // uplift and torque
+    Loads(0, 0, 900, 0, 0, 0, 0, 0),                // down, off the centre of rotation
+    Loads(-60, 110, -200, 0, 40, 75, -0.5f, 2.0f),  // uplift and torque
+    Loads(150, -80, 600, 120, -90, 0, 1.0f, 0.5f),  // sway, moments, an offset point
 };
 
 class LoadCasesRoute : public ::testing::TestWithParam<bool> {};
