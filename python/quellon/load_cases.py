@@ -57,13 +57,17 @@ def _number(text: str) -> float | None:
 def read_load_cases(path: str | os.PathLike) -> list[LoadCase]:
     """Reads a CSV file of load cases: one row per case, name, Fx, Fy, Fz, Mx, My, Mz, X, Y
     (kN, kNm, m). A first row with text in all eight number columns is a header; blank
-    rows are skipped. The first fault raises `QuellonError` naming file, line and column
+    rows are skipped. The file is UTF-8, or else Latin-1 (a spreadsheet's Western code
+    page); the engine keeps names in Latin-1. The first fault raises `QuellonError` naming file, line and column
     ("cases.csv:7: column 4 (Fz): 'abc' is not a number"), with `line` set."""
     path = Path(path)
     cases: list[LoadCase] = []
     lines: dict[str, int] = {}
-    with open(path, newline="", encoding="utf-8-sig", errors="replace") as f:
-        text = f.read().split("\n")
+    data = path.read_bytes()
+    try:
+        text = data.decode("utf-8-sig").split("\n")
+    except UnicodeDecodeError:                  # a spreadsheet's Western code page
+        text = data.decode("latin-1").split("\n")
     first = True
     for number, raw in enumerate(text, start=1):
         def fail(why: str):
