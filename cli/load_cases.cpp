@@ -132,11 +132,12 @@ LoadCaseList ReadLoadCases(const std::string& path) {
         why += " (a number takes a decimal point, not a comma)";
       return fail(why);
     }
-    // The header: a first row with text in every number column.
+    // The header: a first row with text, and no number, in every number column.
     double value = 0;
-    bool any_number = false;
-    for (std::size_t c = 1; c < kFields; ++c) any_number = any_number || ParseNumber(fields[c], value);
-    const bool header = first_row && !any_number;
+    bool all_text = true;
+    for (std::size_t c = 1; c < kFields; ++c)
+      all_text = all_text && !fields[c].empty() && !ParseNumber(Trim(fields[c]), value);
+    const bool header = first_row && all_text;
     first_row = false;
     if (header) continue;
 
@@ -150,8 +151,9 @@ LoadCaseList ReadLoadCases(const std::string& path) {
                     " already");
     for (std::size_t c = 1; c < kFields; ++c) {
       const std::string where = "column " + std::to_string(c + 1) + " (" + kColumns[c] + "): ";
-      if (fields[c].empty()) return fail(where + "empty; write 0 for no load");
-      if (!ParseNumber(fields[c], lc.values[c - 1])) return fail(where + Quoted(fields[c]) + " is not a number");
+      const std::string field = Trim(fields[c]);
+      if (field.empty()) return fail(where + "empty; write 0 for no load");
+      if (!ParseNumber(field, lc.values[c - 1])) return fail(where + Quoted(field) + " is not a number");
     }
     list.cases.push_back(std::move(lc));
   }

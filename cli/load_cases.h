@@ -27,9 +27,10 @@ struct LoadCaseList {
   std::string problem;  // "" or "FILE:LINE: what is wrong"
 };
 
-// Reads CASES.csv. A first row whose eight number columns all hold text is a header and
-// is skipped; blank rows (also rows of empty fields) are skipped; fields may be quoted
-// ("Wind, +X") with "" for a quote. Names are trimmed, must not be empty and must differ.
+// Reads CASES.csv. A first row whose eight number columns all hold text and no number is
+// a header and is skipped; blank rows (also rows of empty fields) are skipped; fields may
+// be quoted ("Wind, +X") with "" for a quote. Names are trimmed, must not be empty and
+// must differ.
 LoadCaseList ReadLoadCases(const std::string& path);
 
 // The outputs that a run with load cases adds: the cases document (written by the engine

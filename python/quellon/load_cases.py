@@ -56,10 +56,11 @@ def _number(text: str) -> float | None:
 
 def read_load_cases(path: str | os.PathLike) -> list[LoadCase]:
     """Reads a CSV file of load cases: one row per case, name, Fx, Fy, Fz, Mx, My, Mz, X, Y
-    (kN, kNm, m). A first row with text in all eight number columns is a header; blank
-    rows are skipped. The file is UTF-8, or else Latin-1 (a spreadsheet's Western code
-    page); the engine keeps names in Latin-1. The first fault raises `QuellonError` naming file, line and column
-    ("cases.csv:7: column 4 (Fz): 'abc' is not a number"), with `line` set."""
+    (kN, kNm, m). A first row with text, and no number, in all eight number columns is a
+    header; blank rows are skipped. The file is UTF-8, or else Latin-1 (a spreadsheet's
+    Western code page); the engine keeps names in Latin-1. The first fault raises
+    `QuellonError` naming file, line and column ("cases.csv:7: column 4 (Fz): 'abc' is
+    not a number"), with `line` set."""
     path = Path(path)
     cases: list[LoadCase] = []
     lines: dict[str, int] = {}
@@ -85,7 +86,7 @@ def read_load_cases(path: str | os.PathLike) -> list[LoadCase]:
             elif len(fields) > len(COLUMNS):
                 why += " (a number takes a decimal point, not a comma)"
             raise fail(why)
-        header, first = first and all(_number(c) is None for c in fields[1:]), False
+        header, first = first and all(c and _number(c) is None for c in fields[1:]), False
         if header:
             continue
         name = fields[0]
