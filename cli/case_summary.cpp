@@ -84,7 +84,7 @@ CaseTable SummariseCases(const LoadCaseDocument& document) {
     }
     if (const IncrementResult* piles = r.last_with_piles()) PileLoads(r, *piles, row);
     if (!r.increments.empty()) row.increment = r.increments.back().number;
-    row.stopped = r.nonlinear && row.increment < r.declared_increments;
+    row.stopped = c.capacity_increment > 0 || (r.nonlinear && row.increment < r.declared_increments);
     t.rows.push_back(std::move(row));
   }
   // The governing case of each column: the largest value; cases that tie share the mark,

@@ -203,6 +203,24 @@ void ReadOutput(Node output, RunResults& r) {
   }
 }
 
+// A load case's increments. The engine writes them one element each, holding the blocks
+// of its own increment; an element that holds the blocks of several increments (the
+// layout of the run's own output) is read as the run's is.
+void ReadCaseIncrements(Node load_case, RunResults& r) {
+  const std::vector<Node> increments = Children(load_case, "Increment");
+  for (Node inc : increments) {
+    if (Children(inc, "Pile-Cap").size() > 1 || Children(inc, "Piles").size() > 1) {
+      ReadOutput(load_case, r);
+      return;
+    }
+  }
+  for (Node inc : increments) {
+    IncrementResult& i = IncrementAt(r, Integer(Attribute(inc, "number")));
+    if (Node cap = Child(inc, "Pile-Cap")) ReadCap(cap, i, r);
+    if (Node piles = Child(inc, "Piles")) i.piles = ReadPiles(piles, r.elements);
+  }
+}
+
 }  // namespace
 
 const IncrementResult* RunResults::last_with_piles() const {
@@ -290,7 +308,8 @@ LoadCaseDocument ReadLoadCaseDocument(const std::string& xml_path) {
     lc.loads[7] = AxisValue(loads, "Position", "Y");
     lc.results = input;
     lc.results.declared_increments = Integer(Attribute(Child(c, "No-Of-Increments"), "number"));
-    ReadOutput(c, lc.results);
+    ReadCaseIncrements(c, lc.results);
+    if (Node stop = Child(c, "Capacity-Reached")) lc.capacity_increment = Integer(Attribute(stop, "increment"));
     lc.results.ok = true;
     d.cases.push_back(std::move(lc));
   }

@@ -92,6 +92,7 @@ struct LoadCaseResult {
   std::string name;
   std::array<double, 8> loads{};  // Fx, Fy, Fz (kN), Mx, My, Mz (kNm), X, Y (m)
   RunResults results;             // declared_increments: the case's own count
+  int capacity_increment = 0;     // a non-linear case stopped at the group's capacity: the last increment
 };
 
 struct LoadCaseDocument {

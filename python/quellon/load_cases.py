@@ -146,26 +146,23 @@ def send_load_cases(lib, cases: list[LoadCase], document: Path) -> None:
 
 def read_cases_xml(path: str | os.PathLike) -> dict:
     """Reads the document of a run's load cases: per case name, the `Results` of the case
-    as a run of its own (cap, heads, profiles, piles; no stiffness)."""
+    as a run of its own (cap, heads, profiles, piles; no stiffness), with
+    `capacity_increment` set where a non-linear case stopped at the group's capacity."""
     from .results import EVERY_INCREMENT_FLAGS, _cap_row, _element_row, _flag, _frames
     piles: dict[int, dict] = {}
     flags, out = "", {}
     stack: list[str] = []
     caps: list[dict] = []
     rows: list[dict] = []
-    own = increments = blocks = 0
     nonlinear = False
+    stopped = 0
     for event, el in ET.iterparse(path, events=("start", "end")):
         if event == "start":
             stack.append(el.tag)
             if stack[1:] == ["Load-Cases"]:
                 nonlinear = el.get("nonlinear") == "1"
             elif stack[1:] == ["Load-Cases", "Load-Case"]:
-                caps, rows, increments, blocks = [], [], 0, 0
-            elif stack[1:] == ["Load-Cases", "Load-Case", "Increment"]:
-                increments += 1
-                if increments == 1:
-                    own = int(el.get("number"))
+                caps, rows, stopped = [], [], 0
             continue
         where = stack[1:]
         stack.pop()
@@ -176,19 +173,28 @@ def read_cases_xml(path: str | os.PathLike) -> dict:
                 d["name"] = p.findtext("Name", "")
                 piles[int(p.get("number"))] = d
             el.clear()
-        # A case's increments in the layout of the run's output: the first holds the
-        # blocks of every increment that asked for them, numbered as the run numbers them.
-        elif increments == 1 and where == ["Load-Cases", "Load-Case", "Increment", "Pile-Cap"]:
-            caps.append(_cap_row(el, len(caps) + 1 if _flag(flags, 25) else own))
+        elif where == ["Load-Cases", "Load-Case", "Increment"]:
+            # The engine writes a case's increments one element each; an element holding
+            # the blocks of several increments (the layout of the run's own output) is
+            # numbered as the run's is.
+            number, cap_blocks, pile_blocks = int(el.get("number")), el.findall("Pile-Cap"), el.findall("Piles")
+            several = len(cap_blocks) > 1 or len(pile_blocks) > 1
+            for k, cap in enumerate(cap_blocks, start=1):
+                row = _cap_row(cap, k if several and _flag(flags, 25) else number)
+                if all(c["increment"] != row["increment"] for c in caps):
+                    caps.append(row)
+            every = several and all(_flag(flags, f) for f in EVERY_INCREMENT_FLAGS)
+            for k, block in enumerate(pile_blocks, start=1):
+                for p in block.iterfind("Pile"):
+                    rows.extend(_element_row(e, k if every else number, int(p.get("number")))
+                                for e in p if e.tag in ("Element", "Toe"))
             el.clear()
-        elif increments == 1 and where == ["Load-Cases", "Load-Case", "Increment", "Piles"]:
-            blocks += 1
-            increment = blocks if all(_flag(flags, f) for f in EVERY_INCREMENT_FLAGS) else own
-            for p in el.iterfind("Pile"):
-                rows.extend(_element_row(e, increment, int(p.get("number"))) for e in p if e.tag in ("Element", "Toe"))
-            el.clear()
+        elif where == ["Load-Cases", "Load-Case", "Capacity-Reached"]:
+            stopped = int(el.get("increment", "0"))
         elif where == ["Load-Cases", "Load-Case"]:
-            out[el.get("name", "")] = _frames(piles, sorted(caps, key=lambda c: c["increment"]), rows, nonlinear)
+            r = _frames(piles, sorted(caps, key=lambda c: c["increment"]), rows, nonlinear)
+            r.capacity_increment = stopped or None
+            out[el.get("name", "")] = r
             el.clear()
     return out
 
@@ -203,7 +209,9 @@ def case_summary(cases: dict) -> pd.DataFrame:
     where no pile is in tension) and the largest resultant head moment (moment_kNm), each
     with its pile; `governs` names the columns the case governs ("X; Z; compression"): the
     largest movement in size, the largest pile loads; cases that tie share a column, and
-    a column that is 0 in every case has none."""
+    a column that is 0 in every case has none. After a non-linear run `increment` is the
+    case's last increment and `capacity_reached` whether its path stopped at the axial
+    capacity of the group there."""
     rows = []
     for number, (name, r) in enumerate(cases.items(), start=1):
         row = {"case": number, "name": name}
@@ -222,6 +230,9 @@ def case_summary(cases: dict) -> pd.DataFrame:
             if n.min() < 0:
                 row["tension_kN"], row["tension_pile"] = float(-n.min()), int(n.idxmin())
             row["moment_kNm"], row["moment_pile"] = float(m.max()), int(m.idxmax())
+        if r.nonlinear:
+            row["increment"] = int(r.cap.increment.iloc[-1]) if len(r.cap) else 0
+            row["capacity_reached"] = r.capacity_increment is not None
         rows.append(row)
     frame = pd.DataFrame(rows)
     if frame.empty:

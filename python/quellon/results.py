@@ -72,6 +72,8 @@ class Results:
         profiles, piles, as a run of its own with the case's loads; stiffness and grmat
         empty), read from the cases document (kept as MODEL.cases.xml with `keep`).
     case_summary: one row per case (see `quellon.load_cases.case_summary`), or None.
+    capacity_increment: for a load case of a non-linear run whose path stopped at the
+        axial capacity of the group, its last increment; else None.
     """
     cap: pd.DataFrame
     stiffness: pd.DataFrame
@@ -84,6 +86,7 @@ class Results:
     xml: Path | None = None
     cases: dict = field(default_factory=dict)
     case_summary: pd.DataFrame | None = None
+    capacity_increment: int | None = None
 
     @property
     def increments(self) -> int:
