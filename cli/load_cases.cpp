@@ -176,6 +176,11 @@ std::string CheckCasesInput(const std::string& cases_path, const OutputSet& outp
   for (const std::string& out : written)
     if (!out.empty() && SameFile(cases_path, out))
       return "the load case file " + cases_path + " would be overwritten by the output " + out;
+  // The run's own CSV files, written with the table's.
+  if (!csv_path.empty())
+    for (const char* kind : {".heads.csv", ".profiles.csv", ".history.csv"})
+      if (SameFile(cases_path, StemOf(outputs.xml) + kind))
+        return "the load case file " + cases_path + " would be overwritten by the output " + StemOf(outputs.xml) + kind;
   return "";
 }
 

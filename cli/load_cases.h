@@ -40,7 +40,8 @@ LoadCaseList ReadLoadCases(const std::string& path);
 std::string CasesDocumentName(const std::string& xml_path);
 std::string CasesCsvName(const std::string& xml_path);
 
-// The case file must not be one of the outputs, which would overwrite it. "" or why.
+// The case file must not be one of the outputs, which would overwrite it; with CSV files
+// on (csv_path not empty) these include the run's own CSV files. "" or why.
 std::string CheckCasesInput(const std::string& cases_path, const OutputSet& outputs, const std::string& csv_path);
 
 // Hands the cases to the engine with the temporary path of the cases document. Call after
