@@ -266,16 +266,22 @@ QUELLON_API int RUNANALYSISDIRECT(const char* xml_path, const char* txt_path,
  * torque about Z (Mz) is applied. The cases that differ from the run's own loads in
  * that respect are worked alike from a second assembly of the blocks between piles and
  * a second factorisation, made once for all of them. The results are those of a
- * separate run with the case's loads as its Actions, to single-precision rounding. A
- * non-linear run with load cases is refused with an error message (not available in
- * this version).
+ * separate run with the case's loads as its Actions, to single-precision rounding.
+ * A non-linear run works each case along its own path of increments (as many as the
+ * run's), one case after another, each from the elastic state, reusing the run's
+ * assembled elastic soil and pile matrices and its limiting stresses; a case whose path
+ * uses up the axial capacity of the group stops there, with the increments it
+ * completed. Each case's results are those of a separate run with its loads.
  *
  * The cases document (XML, ISO-8859-1, CR LF) holds the run's own <Input> echo, then
  *   <Load-Cases count="K" nonlinear="0"> with a <Comment> on how the cases were worked,
  *   and per case <Load-Case number="i" name="..."> with its <Loads> (the lines of
- *   <Input><Loads>), <No-Of-Increments number="1"/> and <Increment number="1"> holding
- *   the blocks of the run's own increment: <Pile-Group> and <Piles> under the same flags
- *   as in the run's XML (21, 22; 27, 28 and 31), <Pile-Cap> always.
+ *   <Input><Loads>), <No-Of-Increments number="I"/> (the run's count) and one
+ *   <Increment number="i"> per increment worked, holding the blocks of the run's own
+ *   increment: <Pile-Group> (linear runs) and <Piles> under the same flags as in the
+ *   run's XML (21, 22; 27, 28 and 31; flag 35 widening them at the last increment),
+ *   <Pile-Cap> always; after the last, <Capacity-Reached increment="k"/> when the path
+ *   used up the axial capacity of the group.
  * A run with cases and no document path, or whose document can't be created, is
  * refused before anything is assembled.
  *
@@ -292,7 +298,8 @@ typedef struct QuellonLoadCaseResults {
   const char* name;                /* NUL-terminated */
   int piles;                       /* P */
   int elements;                    /* n, shaft elements per pile */
-  int increments;                  /* increments worked: 1 in a linear run */
+  int increments;                  /* increments worked: 1 in a linear run, fewer than
+                                      the run's when the capacity was used up */
   const float* cap_loads;          /* 6: kN, kNm, about the centre of rotation */
   const float* cap_displacements;  /* 6: m, rad */
   /* Per pile (P each), at cap level in the pile's own axes: forces X, Y, Z (kN) and

@@ -21,6 +21,7 @@ struct LoadCaseSet {
   std::vector<LoadCase> cases;  // in the order added
   std::string xml_path;         // the cases document; empty: not set
   TextFile document;            // open from the start of a run with cases to its end
+  Logical flags[kFlagCount] = {};  // the project's flags as the run started
   // Survives every reset, as the run's other callbacks.
   QuellonLoadCaseFn callback = nullptr;
 };

@@ -18,6 +18,8 @@ void WriteLoadCaseStart(Engine& e, int number, std::string_view name, const Acti
 // One increment of the case from the workspace's totals; kt, ft: the group tables of
 // the reports (a linear run).
 void WriteLoadCaseIncrement(Engine& e, int increment, const float kt[6][6], const float ft[6][6]);
+// After the last increment of a case whose path used up the axial capacity of the group.
+void WriteLoadCaseCapacityReached(Engine& e, int increment);
 void WriteLoadCaseEnd(Engine& e);
 // Closes <Load-Cases> and the root, and the file.
 void WriteLoadCaseDocumentEnd(Engine& e);

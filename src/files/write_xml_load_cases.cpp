@@ -77,6 +77,10 @@ void WriteLoadCaseIncrement(Engine& e, int increment, const float kt[6][6], cons
   WriteXMLLine(out, 12, "</Increment>");
 }
 
+void WriteLoadCaseCapacityReached(Engine& e, int increment) {
+  WriteXMLLine(e.load_cases.document, 12, "<Capacity-Reached increment=\"" + XMLInteger(increment) + "\"/>");
+}
+
 void WriteLoadCaseEnd(Engine& e) { WriteXMLLine(e.load_cases.document, 8, "</Load-Case>"); }
 
 void WriteLoadCaseDocumentEnd(Engine& e) {

@@ -32,6 +32,9 @@ namespace {
 constexpr const char* kLinearComment =
     "Linear: every case from the run's factorisation, its cap movement from the group flexibility and its "
     "results as the combination of the six unit responses of the cap";
+constexpr const char* kNonLinearComment =
+    "Non-linear: each case from the elastic state, its own increments, reusing the elastic soil and pile "
+    "matrices and the limiting stresses of the run";
 constexpr const char* kSecondSystemComment =
     "; the cases that differ from the run's own loads in having a torque about Z or none, from a second "
     "assembly and factorisation, since the torsion between near piles enters the soil flexibility only "
@@ -204,22 +207,126 @@ int SolveWithOtherTorsion(Engine& e, bool torque) {
   return 1;
 }
 
+// ---- Non-linear runs --------------------------------------------------------------
+
+// The soil back to its elastic state, no element yielded, and the totals and history at
+// zero: the state in which the run's own first increment began. The matrices D, UBCV,
+// the limiting stresses and the elastic G0 stand as the run made them.
+void BackToElastic(Workspace& w) {
+  std::copy(w.G0.data(), w.G0.data() + w.G0.count(), w.G.data());
+  w.Yielded.fill(0);
+  w.SoftFactor.fill(0.0f);
+  w.SoftReleasedAt.fill(0);
+  w.SoftChangedAt.fill(0);
+  w.YieldCountAxial = w.YieldCountX = w.YieldCountY = w.YieldCountTorsion = 0;
+  w.system.Reset();
+  ZeroTotals(w);
+  w.HistoryDisp.fill(0.0f);
+  w.HistoryLoad.fill(0.0f);
+  w.HistoryDispInc.fill(0.0f);
+}
+
+enum class PathEnd { kDone, kCapacity, kStiffnessLost };
+
+// One case's path of increments, each as the run's own increment computes it, reported
+// to the cases document only. completed: the increments whose results stand.
+PathEnd RunCasePath(Engine& e, int increments, int& completed) {
+  Workspace& w = e.ws;
+  const Foundation& f = e.foundation;
+  const GroupLayout g = LayoutOf(e);
+  RealVector packed;
+  if (!Create1DRealMatrix(e, packed, g.N)) return PathEnd::kStiffnessLost;
+  completed = 0;
+  for (int i = 1; i <= increments; ++i) {
+    // A failed solve goes on with the tractions in hand, as in the run.
+    Solve(e, i);
+    SplitTractions(e);
+    CalcHeadLoads(e, i);
+    float k[36];
+    AssembleGroupStiffness(f, w, k);
+    float flex[36];
+    std::copy(k, k + 36, flex);
+    if (!InvertMatrix(flex, 6, 6)) return PathEnd::kStiffnessLost;
+    float kt[6][6];
+    float ft[6][6];
+    GroupReportTables(k, flex, kt, ft);
+    SpreadCapMovement(f, g, flex, w, packed);
+    SplitSoilDisplacements(g, w);
+    AddMovementsToTotals(g, i, w);
+    UpdateSoilFlexibility(e, i);
+    AddLoadsToTotals(f, g, w);
+    {
+      PhaseScope reports(e.timer, Phase::kReports);
+      WriteLoadCaseIncrement(e, i, kt, ft);
+    }
+    completed = i;
+    if (AxialCapacityUsedUp(g, w)) return PathEnd::kCapacity;
+  }
+  return PathEnd::kDone;
+}
+
+int WorkNonLinearLoadCases(Engine& e) {
+  LoadCaseSet& set = e.load_cases;
+  PhaseScope phase(e.timer, Phase::kResults);
+  Workspace& w = e.ws;
+  const GroupLayout g = LayoutOf(e);
+  Require(w.G0.rows() == g.N && w.G.rows() == g.N, "WorkLoadCases: the elastic soil flexibility of the run is gone");
+  const int count = static_cast<int>(set.cases.size());
+  const int increments = e.actions.NumberOfIncrements;
+  WriteLoadCaseDocumentStart(e, count, true, kNonLinearComment);
+  // Whether the elastic copy holds the torsion between near piles (under a torque).
+  bool elastic_torque = IsNonZero(e.actions.Mz);
+  const float run_mz = e.actions.Mz;
+  for (int i = 1; i <= count; ++i) {
+    const LoadCase& c = set.cases[static_cast<std::size_t>(i - 1)];
+    std::copy(std::begin(set.flags), std::end(set.flags), std::begin(e.project.FlagValues));
+    Actions loads = c.loads;
+    loads.NumberOfIncrements = increments;
+    CapLoadOfOneIncrement(loads, e.foundation, w.CapLoadInc);
+    int completed = 0;
+    PathEnd end = PathEnd::kDone;
+    WriteLoadCaseStart(e, i, c.name, c.loads, increments);
+    {
+      QuietLog quiet(e);
+      BackToElastic(w);
+      const bool torque = IsNonZero(c.loads.Mz);
+      if (e.foundation.NumberOfPiles > 1 && torque != elastic_torque) {
+        e.actions.Mz = torque ? 1.0f : 0.0f;
+        AssembleSoilFlexibility(e, 1);
+        e.actions.Mz = run_mz;
+      }
+      end = RunCasePath(e, increments, completed);
+      // The first increment's update took the elastic copy from the matrix of this case.
+      if (completed >= 1) elastic_torque = torque;
+    }
+    if (end == PathEnd::kCapacity) WriteLoadCaseCapacityReached(e, completed);
+    if (end == PathEnd::kStiffnessLost) {
+      SendError(e, "Load case " + std::to_string(i) + " stopped at increment " + std::to_string(completed + 1) +
+                       ": the group stiffness can't be inverted");
+    }
+    WriteLoadCaseEnd(e);
+    NotifyLoadCase(e, i, c, completed);
+  }
+  WriteLoadCaseDocumentEnd(e);
+  LogLine(e, "Load cases written to: " + set.xml_path);
+  return 1;
+}
+
 }  // namespace
 
 int PrepareLoadCases(Engine& e) {
-  if (e.load_cases.cases.empty()) return 1;
-  if (e.project.NonLinear != 0) {
-    SendError(e,
-              "Load cases are worked in a linear run (one increment) only: a non-linear run with load cases is not "
-              "available");
-    return 0;
-  }
+  LoadCaseSet& set = e.load_cases;
+  if (set.cases.empty()) return 1;
+  // The flags as the run starts: each case's path of increments reports under them, as
+  // the run's own path does (the last increment may widen them).
+  std::copy(std::begin(e.project.FlagValues), std::end(e.project.FlagValues), std::begin(set.flags));
   return OpenLoadCaseDocument(e);
 }
 
 int WorkLoadCases(Engine& e) {
   LoadCaseSet& set = e.load_cases;
   if (set.cases.empty()) return 1;
+  if (e.project.NonLinear != 0) return WorkNonLinearLoadCases(e);
   PhaseScope phase(e.timer, Phase::kResults);
   Workspace& w = e.ws;
   const Foundation& f = e.foundation;

@@ -19,8 +19,8 @@ using namespace testing_support;
 using Snapshot = std::map<std::string, std::vector<float>>;
 
 // Three piles raked along X, along Y and not at all, 2 m free above two clay layers.
-void FillRakedLayeredModel(Engine& e, bool lapack) {
-  FillSmallModel(e, 3, 4, 1);
+void FillRakedLayeredModel(Engine& e, bool lapack, int increments = 1) {
+  FillSmallModel(e, 3, 4, increments);
   ReleaseBorehole(e);
   ASSERT_EQ(CreateLayers(e, 2), 1);
   e.borehole.Layers(1) = Clay(0.0f, 15000.0f, 40.0f);
@@ -38,13 +38,19 @@ void FillRakedLayeredModel(Engine& e, bool lapack) {
 Actions Loads(float fx, float fy, float fz, float mx, float my, float mz, float x, float y) {
   return Actions{.Fx = fx, .Fy = fy, .Fz = fz, .Mx = mx, .My = my, .Mz = mz, .X = x, .Y = y, .NumberOfIncrements = 1};
 }
+Actions Loads(const Actions& a, int increments) {
+  Actions b = a;
+  b.NumberOfIncrements = increments;
+  return b;
+}
 
 std::vector<float> Copy(const float* v, int count) { return std::vector<float>(v, v + count); }
 
-// The run's totals after its increment, read from the workspace at the counter call.
+// The run's totals after each increment, read from the workspace when the host receives
+// the cap's movement (also in an increment that uses up the group's capacity).
 Engine* observed = nullptr;
 Snapshot run_totals;
-void TakeRunTotals(const int*) {
+void TakeRunTotals(const float*, const float*, const float*, const float*, const float*, const float*) {
   const Workspace& w = observed->ws;
   const int P = observed->foundation.NumberOfPiles, n = observed->foundation.NumberOfElements;
   const int axial = (n + 1) * P, other = n * P;
@@ -95,7 +101,7 @@ std::string Bytes(const fs::path& path) {
 
 int RunModel(Engine& e, const ScratchDir& dir, const std::string& name) {
   observed = &e;
-  e.project.CounterCallback = &TakeRunTotals;
+  e.callbacks.SendPileCapDisplacements = &TakeRunTotals;
   ::testing::internal::CaptureStdout();
   const int result = RunAnalysis(e, (dir / (name + ".xml")).string(), (dir / (name + ".txt")).string());
   ::testing::internal::GetCapturedStdout();
@@ -112,27 +118,37 @@ const std::vector<Actions> kCases = {
     Loads(150, -80, 600, 120, -90, 0, 1.0f, 0.5f),  // sway, moments, an offset point
 };
 
-class LoadCasesRoute : public ::testing::TestWithParam<bool> {};
+struct Route {
+  const char* name;
+  bool lapack;
+  int increments;  // 1: linear
+};
+
+class LoadCasesRoute : public ::testing::TestWithParam<Route> {};
 
 TEST_P(LoadCasesRoute, EachCaseEqualsASeparateRunWithItsLoads) {
+  const Route route = GetParam();
   ScratchDir dir;
   // The separate runs.
   std::vector<Snapshot> separate;
   for (std::size_t c = 0; c < kCases.size(); ++c) {
     Engine e;
-    FillRakedLayeredModel(e, GetParam());
-    e.actions = kCases[c];
+    FillRakedLayeredModel(e, route.lapack, route.increments);
+    e.actions = Loads(kCases[c], route.increments);
     ASSERT_EQ(RunModel(e, dir, "alone" + std::to_string(c)), 1);
     separate.push_back(run_totals);
   }
-  // One run with its own loads and the three cases; and the same run without them.
+  // One run with its own loads (heavy enough to yield a non-linear group widely, so that
+  // each case must start from the elastic state again) and the three cases; and the same
+  // run without them.
+  const Actions own = Loads(Loads(20, 30, 2500, 10, 20, 5, 0.3f, 0.2f), route.increments);
   Engine plain;
-  FillRakedLayeredModel(plain, GetParam());
-  plain.actions = Loads(20, 30, 500, 10, 20, 5, 0.3f, 0.2f);
+  FillRakedLayeredModel(plain, route.lapack, route.increments);
+  plain.actions = own;
   ASSERT_EQ(RunModel(plain, dir, "plain"), 1);
   Engine e;
-  FillRakedLayeredModel(e, GetParam());
-  e.actions = Loads(20, 30, 500, 10, 20, 5, 0.3f, 0.2f);
+  FillRakedLayeredModel(e, route.lapack, route.increments);
+  e.actions = own;
   for (std::size_t c = 0; c < kCases.size(); ++c)
     e.load_cases.cases.push_back({"case " + std::to_string(c), kCases[c]});
   e.load_cases.xml_path = (dir / "cases.xml").string();
@@ -164,39 +180,47 @@ TEST_P(LoadCasesRoute, EachCaseEqualsASeparateRunWithItsLoads) {
   EXPECT_EQ(e.load_cases.callback, &TakeCase);
 }
 
-INSTANTIATE_TEST_SUITE_P(Solvers, LoadCasesRoute, ::testing::Values(true, false),
-                         [](const auto& info) { return info.param ? "Lapack" : "OwnLU"; });
+INSTANTIATE_TEST_SUITE_P(Runs, LoadCasesRoute,
+                         ::testing::Values(Route{"LinearLapack", true, 1}, Route{"LinearOwnLU", false, 1},
+                                           Route{"NonLinearLapack", true, 4}, Route{"NonLinearOwnLU", false, 4}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
-// A run that can't work its cases is refused before anything is assembled, as a model
-// the run can't take: its XML stays empty and the model is reset.
-TEST(LoadCases, RunRefusedWithoutDocumentOrWhenNonLinear) {
-  struct Row {
-    const char* what;
-    int increments;
-    bool path;
-    const char* message;
-  };
-  const Row rows[] = {
-      {"no document", 1, false, "2 Load cases are held but no load case XML file is set"},
-      {"non-linear", 3, true,
-       "2 Load cases are worked in a linear run (one increment) only: a non-linear run with load cases is not "
-       "available"},
-  };
-  for (const Row& row : rows) {
-    ScratchDir dir;
-    Engine e;
-    FillRakedLayeredModel(e, true);
-    e.actions.NumberOfIncrements = row.increments;
-    e.project.NonLinear = row.increments > 1 ? 1 : 0;
-    e.load_cases.cases.push_back({"A", Loads(0, 0, 100, 0, 0, 0, 0, 0)});
-    if (row.path) e.load_cases.xml_path = (dir / "cases.xml").string();
-    e.project.MessageCallback = &RecordMessage;
-    Received().clear();
-    EXPECT_EQ(RunModel(e, dir, "refused"), 0) << row.what;
-    EXPECT_NE(std::find(Received().begin(), Received().end(), row.message), Received().end()) << row.what;
-    EXPECT_EQ(Bytes(dir / "refused.xml"), "") << row.what;
-    EXPECT_TRUE(e.load_cases.cases.empty()) << row.what;
-  }
+// The cases document holds each case's increment in the lines of the run's own block,
+// one level deeper: a case with the run's own loads repeats that block line for line.
+TEST(LoadCases, DocumentRepeatsTheRunsIncrementBlockForTheRunsLoads) {
+  ScratchDir dir;
+  Engine e;
+  FillRakedLayeredModel(e, true);
+  for (int f : {21, 22}) e.project.Flags(f) = 1;
+  e.actions = kCases[2];
+  e.load_cases.cases.push_back({"own & <\"loads\">", kCases[2]});
+  e.load_cases.xml_path = (dir / "cases.xml").string();
+  ASSERT_EQ(RunModel(e, dir, "run"), 1);
+  const std::vector<std::string> run = ReadLines(dir / "run.xml"), cases = ReadLines(dir / "cases.xml");
+  const std::size_t a = Find(run, "        <Increment number=\"1\">"), b = Find(run, "        </Increment>");
+  const std::size_t c = Find(cases, "            <Increment number=\"1\">");
+  ASSERT_TRUE(a != std::string::npos && b != std::string::npos && c != std::string::npos);
+  ASSERT_GT(b - a, 100u);
+  ASSERT_GE(cases.size(), c + (b - a) + 1);
+  for (std::size_t i = 0; i <= b - a; ++i) ASSERT_EQ("    " + run[a + i], cases[c + i]) << i;
+  EXPECT_NE(Find(cases, "        <Load-Case number=\"1\" name=\"own &amp; &lt;&quot;loads&quot;&gt;\">"),
+            std::string::npos);
+  EXPECT_EQ(cases.back(), "</Tolmark>");
+}
+
+// A run whose cases have no document is refused before anything is assembled, as a
+// model the run can't take: its XML stays empty and the model is reset.
+TEST(LoadCases, RunWithoutCasesDocumentIsRefused) {
+  ScratchDir dir;
+  Engine e;
+  FillRakedLayeredModel(e, true);
+  e.load_cases.cases.push_back({"A", Loads(0, 0, 100, 0, 0, 0, 0, 0)});
+  e.project.MessageCallback = &RecordMessage;
+  Received().clear();
+  EXPECT_EQ(RunModel(e, dir, "refused"), 0);
+  EXPECT_NE(Find(Received(), "2 Load cases are held but no load case XML file is set"), std::string::npos);
+  EXPECT_EQ(Bytes(dir / "refused.xml"), "");
+  EXPECT_TRUE(e.load_cases.cases.empty());
 }
 
 // Loads or points that are not finite numbers are refused one case at a time.
