@@ -1,3 +1,4 @@
+import dataclasses
 import re
 
 import numpy as np
@@ -53,3 +54,18 @@ def test_the_models_own_loads_as_a_case_give_the_runs_own_increment():
     # The model file with the case file, the other way in, gives the same table.
     by_file = quellon.run(EXAMPLES / "group_3x3_combined.tmw", load_cases=CASES)
     pd.testing.assert_frame_equal(by_file.case_summary, s)
+
+
+def test_a_non_linear_case_follows_the_runs_own_path_to_the_capacity():
+    model = quellon.Model.read(EXAMPLES / "nonlinear_layered_failure.tmw")
+    own = dataclasses.asdict(model.loads)
+    light = dict(own, fz=own["fz"] / 4)
+    model.load_cases = [quellon.LoadCase("as modelled", **own), quellon.LoadCase("light", **light)]
+    r = quellon.run(model)
+    assert r.stopped is not None                # the run's own path stops at the capacity
+    case = r.cases["as modelled"]
+    assert case.capacity_increment == r.cap.increment.iloc[-1]
+    for c in ["Fz_kN", "uz_mm", "rx_mrad", "ry_mrad"]:
+        assert np.allclose(case.cap[c], r.cap[c], rtol=0, atol=2e-3 * r.cap[c].abs().max() + 1e-9), c
+    assert r.cases["light"].capacity_increment is None and len(r.cases["light"].cap) == model.increments
+    assert list(r.case_summary.capacity_reached) == [True, False]

@@ -183,4 +183,25 @@ TEST(LoadCases, TheModelsOwnLoadsAsACaseGiveTheRunsOwnIncrementAndTheMarksGoToTh
   EXPECT_EQ(printed_marks, in_csv) << o.output;
 }
 
+// A non-linear case with the model's own loads follows the run's path and stops where the
+// run stops, at the group's capacity; the table and its CSV say so.
+TEST(LoadCases, ANonLinearCaseStopsWhereTheRunStops) {
+  const fs::path dir = Scratch("load-cases-nonlinear");
+  Write(dir / "cases.csv", "own,0,0,24000,0,0,0,0,0\n");  // the example's own loads
+  const quellon_cli_test::Outcome o =
+      RunCli("run " + (fs::path(QUELLON_EXAMPLES_DIR) / "nonlinear_layered_failure.tmw").string() +
+             " --quiet --out-dir " + dir.string() + " --load-cases " + (dir / "cases.csv").string());
+  ASSERT_EQ(o.status, 0) << o.output;
+  const Xml run(dir / "nonlinear_layered_failure.xml");
+  const double stop = run.num("count(/Tolmark/Output/Increment[1]/Pile-Cap)");
+  ASSERT_GT(stop, 1);
+  ASSERT_LT(stop, run.num("/Tolmark/Output/No-Of-Increments/@number"));  // the run stopped early
+  const std::vector<std::vector<std::string>> rows = CsvRows(dir / "nonlinear_layered_failure.cases.csv");
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(rows[0][2], "last increment");
+  EXPECT_EQ(rows[1][2], std::to_string(static_cast<int>(stop)));
+  EXPECT_EQ(rows[1][3], "1");
+  EXPECT_NE(o.output.find("Case 1 (own) stopped at the axial capacity of the group"), std::string::npos) << o.output;
+}
+
 }  // namespace
