@@ -9,8 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "case_summary.h"
 #include "console.h"
 #include "csv_output.h"
+#include "load_cases.h"
 #include "model_check.h"
 #include "model_peek.h"
 #include "output_paths.h"
@@ -32,7 +34,7 @@ constexpr int kExitBadModel = 3;
 
 const char* const kUsage =
     "usage: quellon run MODEL.tmw [options]\n"
-    "       quellon check MODEL.tmw [--log FILE] [--no-warnings]\n"
+    "       quellon check MODEL.tmw [--log FILE] [--no-warnings] [--load-cases CASES.csv]\n"
     "       quellon --help | --version\n"
     "\n"
     "run      reads the model, runs the analysis and writes MODEL.xml, MODEL.txt and\n"
@@ -55,6 +57,15 @@ const char* const kUsage =
     "                  report of the last increment (flag 35) are added, which the\n"
     "                  summary and the CSV files read\n"
     "  --quiet         show only warnings, errors and the summary\n"
+    "  --load-cases CASES.csv\n"
+    "                  also work the load cases of CASES.csv, one row per case: name, Fx,\n"
+    "                  Fy, Fz (kN), Mx, My, Mz (kNm), X, Y (m; where the loads act), a header\n"
+    "                  row optional. The model's own loads stay the run's; the cases go to\n"
+    "                  MODEL.cases.xml, a table of them ends the summary (cap movement, the\n"
+    "                  largest pile compression, tension and head moment, the governing\n"
+    "                  case of each column marked *), and MODEL.cases.csv holds the table.\n"
+    "                  A fault in the file is refused before the run (exit status 2);\n"
+    "                  check reads the file as run does.\n"
     "\n"
     "options of run and check:\n"
     "  --no-warnings   no warnings about the model (misread numbers, values dropped,\n"
@@ -206,6 +217,7 @@ struct Options {
   bool no_txt = false, no_csv = false, keep_flags = false, quiet = false;
   bool no_warnings = false;
   bool corrected_mechanics = false;  // --mechanics corrected
+  std::string load_cases;  // the CSV file of load cases, if any
 };
 
 bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
@@ -246,6 +258,8 @@ bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
         return false;
       }
       o.corrected_mechanics = mode == "corrected";
+    } else if (a == "--load-cases") {
+      if (!next(o.load_cases)) return false;
     } else if (!a.empty() && a[0] == '-') {
       why = "unknown option " + a;
       return false;
@@ -382,6 +396,16 @@ std::string FailedRunNote(const quellon_cli::OutputSet& outputs) {
 int Check(Console& c, const Options& o) {
   std::string log = o.log;
   std::string temporary;
+  // ---- A case file is checked as a run reads it.
+  if (!o.load_cases.empty()) {
+    const quellon_cli::LoadCaseList cases = quellon_cli::ReadLoadCases(o.load_cases);
+    if (!cases.problem.empty()) {
+      std::fprintf(stderr, "quellon: %s\n", cases.problem.c_str());
+      return kExitUsage;
+    }
+    c.print(o.load_cases + ": " + std::to_string(cases.cases.size()) + " load case" +
+            (cases.cases.size() > 1 ? "s" : "") + " read without a problem");
+  }
   // ---- Output safety: the LOG asked for must not be the model, and both must fit the engine.
   const std::string refused = quellon_cli::CheckPaths(o.model, {"", "", log}, false);
   if (!refused.empty()) {
@@ -433,13 +457,27 @@ int Check(Console& c, const Options& o) {
 int Run(Console& c, const Options& o) {
   const std::string dir = o.out_dir.empty() ? "" : o.out_dir + "/";
   const std::string stem = o.out_dir.empty() ? Stem(o.model) : dir + BaseName(Stem(o.model));
-  const quellon_cli::OutputSet final_paths{o.xml.empty() ? stem + ".xml" : o.xml,
-                                           o.no_txt ? "" : (o.txt.empty() ? stem + ".txt" : o.txt),
-                                           o.log.empty() ? stem + ".log" : o.log};
+  quellon_cli::OutputSet final_paths{o.xml.empty() ? stem + ".xml" : o.xml,
+                                     o.no_txt ? "" : (o.txt.empty() ? stem + ".txt" : o.txt),
+                                     o.log.empty() ? stem + ".log" : o.log};
+  // ---- Load cases: the whole file read before anything else, its first fault refused.
+  quellon_cli::LoadCaseList cases;
+  std::string cases_csv;
+  if (!o.load_cases.empty()) {
+    cases = quellon_cli::ReadLoadCases(o.load_cases);
+    if (!cases.problem.empty()) {
+      std::fprintf(stderr, "quellon: %s\n", cases.problem.c_str());
+      return kExitUsage;
+    }
+    final_paths.cases = quellon_cli::CasesDocumentName(final_paths.xml);
+    if (!o.no_csv) cases_csv = quellon_cli::CasesCsvName(final_paths.xml);
+  }
   // ---- Output safety: refuse before anything is opened; the engine writes temporaries.
   std::string refused = quellon_cli::CheckPaths(o.model, final_paths, true);
   if (refused.empty() && !o.out_dir.empty()) refused = quellon_cli::MakeFolder(o.out_dir);
   if (refused.empty()) refused = quellon_cli::CheckFolders(final_paths);
+  if (refused.empty() && !o.load_cases.empty())
+    refused = quellon_cli::CheckCasesInput(o.load_cases, final_paths, cases_csv);
   if (!refused.empty()) {
     std::fprintf(stderr, "quellon: %s\n", refused.c_str());
     return kExitUsage;
@@ -492,6 +530,16 @@ int Run(Console& c, const Options& o) {
     QuellonSetProjectFlags(flags, 40);
   }
 
+  if (!cases.cases.empty()) {
+    const std::string problem =
+        quellon_cli::SendLoadCases(cases.cases, quellon_cli::TemporaryName(final_paths.cases));
+    if (!problem.empty()) {
+      QuellonCloseAllFiles();
+      std::fprintf(stderr, "quellon: %s; %s\n", problem.c_str(), FailedRunNote(final_paths).c_str());
+      return kExitRunFailed;
+    }
+  }
+
   const int result = txt.empty() ? QuellonRunAnalysis1(xml.c_str()) : QuellonRunAnalysis2(xml.c_str(), txt.c_str());
   c.finish_progress();
   // The closing messages of the files are the host's own doing, not news of the run: the
@@ -517,6 +565,7 @@ int Run(Console& c, const Options& o) {
   quellon_cli::PrintWarningSummary(c, warnings);  // the warnings, listed again with those of the run
   std::string outputs =
       final_paths.xml + (final_paths.txt.empty() ? "" : ", " + final_paths.txt) + ", " + final_paths.log;
+  if (!final_paths.cases.empty()) quellon_cli::ReportLoadCases(c, final_paths.cases, cases_csv, outputs);
   if (!o.no_csv && results.ok) {
     const quellon_cli::CsvOutcome csv = quellon_cli::WriteResultCsv(results, Stem(final_paths.xml));
     if (!csv.notes.empty()) c.print("");

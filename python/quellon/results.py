@@ -29,6 +29,7 @@ import numpy as np
 import pandas as pd
 
 from . import _engine
+from .load_cases import as_load_cases, case_summary, read_cases_xml, send_load_cases
 from .model import Model, QuellonError
 
 REPORT_FLAGS = (25, 35)
@@ -69,6 +70,12 @@ class Results:
     xml: the path of the XML output if it was kept, else None.
     mechanics: "corrected" for a run in the corrected mechanics (the XML root says so),
         else "as-defined".
+    cases: for a run with load cases, per case name the case's `Results` (cap, heads,
+        profiles, piles, as a run of its own with the case's loads; stiffness and grmat
+        empty), read from the cases document (kept as MODEL.cases.xml with `keep`).
+    case_summary: one row per case (see `quellon.load_cases.case_summary`), or None.
+    capacity_increment: for a load case of a non-linear run whose path stopped at the
+        axial capacity of the group, its last increment; else None.
     """
     cap: pd.DataFrame
     stiffness: pd.DataFrame
@@ -80,6 +87,9 @@ class Results:
     nonlinear: bool = False
     xml: Path | None = None
     mechanics: str = "as-defined"
+    cases: dict = field(default_factory=dict)
+    case_summary: pd.DataFrame | None = None
+    capacity_increment: int | None = None
 
     @property
     def increments(self) -> int:
@@ -124,7 +134,7 @@ MECHANICS = {"as-defined": 0, "corrected": 1}
 
 def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
         keep: str | os.PathLike | None = None, quiet: bool = True,
-        mechanics: str = "as-defined") -> Results:
+        mechanics: str = "as-defined", load_cases=None) -> Results:
     """Runs a model and returns its `Results`.
 
     model: a `Model` (sent through the setters) or the path of a text model file (read by
@@ -134,6 +144,9 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
     "as-defined" (the method as it is defined, the default) or "corrected" (the first-order
     unit twist, torsion between piles under any load, the whole section compared before a
     pile matrix is reused, the rigid twist of a pile raked both ways; see docs/mechanics.md).
+    load_cases: cases the run works besides the model's own loads (a list of `LoadCase`, a
+    DataFrame or a CSV path); by default a `Model`'s `load_cases`. They fill `Results.cases`
+    and `Results.case_summary`.
 
     Only one run at a time per process: the engine has one model, and runs from other
     threads wait for the lock. Raises `QuellonError` with the engine's messages if the
@@ -141,6 +154,8 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
     """
     if mechanics not in MECHANICS:
         raise ValueError(f"mechanics must be one of {sorted(MECHANICS)}, not {mechanics!r}")
+    cases = as_load_cases(load_cases if load_cases is not None or not isinstance(model, Model)
+                          else model.load_cases)
     with _engine.session() as (lib, record, tmp):
         # The engine keeps the mode from run to run: every run sets its own.
         lib.QuellonSetMechanics(MECHANICS[mechanics])
@@ -158,6 +173,13 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
         flags = _set_flags(flags, on, off)
         lib.QuellonSetProjectFlags((ctypes.c_int * 40)(*[int(c) for c in flags]), 40)
         xml, txt = tmp / f"{stem}.xml", tmp / f"{stem}.txt"
+        document = tmp / f"{stem}.cases.xml"
+        if cases:
+            try:
+                send_load_cases(lib, cases, document)
+            except QuellonError:
+                _engine.discard(lib, tmp)
+                raise
         with _engine.quiet_stdout(quiet):
             ok = lib.QuellonRunAnalysis2(os.fsencode(xml), os.fsencode(txt))
         lib.QuellonCloseAllFiles()
@@ -168,11 +190,16 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
         results.grmat = np.array(record.grmat) if record.grmat else np.zeros((0, 6, 6))
         results.stiffness = _stiffness_frame(results.grmat)
         results.messages = list(record.messages)
+        if cases:
+            results.cases = read_cases_xml(document)
+            results.case_summary = case_summary(results.cases)
         if keep is not None:
             out = Path(keep)
             out.mkdir(parents=True, exist_ok=True)
             shutil.copy(xml, out / xml.name)
             shutil.copy(txt, out / txt.name)
+            if cases:
+                shutil.copy(document, out / document.name)
             results.xml = out / xml.name
         return results
 

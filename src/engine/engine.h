@@ -8,6 +8,7 @@
 
 #include "engine/available_memory.h"
 #include "engine/group_layout.h"
+#include "engine/load_cases.h"
 #include "engine/model.h"
 #include "engine/phase_timer.h"
 #include "engine/text_file.h"
@@ -58,6 +59,7 @@ struct Engine {
   FileUnits files;
   Workspace ws;
   XMLDocumentState xml_document;  // elements of the XML output that are open
+  LoadCaseSet load_cases;  // opt-in cases worked after the run's own increment
   bool running = false;  // a run is in progress on this engine
   bool delivering_message = false;  // the host's message function is being called
   // Closes of the run's outputs that the host asked for while a run was in progress;
