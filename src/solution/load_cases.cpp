@@ -338,12 +338,14 @@ int WorkLoadCases(Engine& e) {
   // about Z is applied. Cases that differ from the run's own loads in it need a system of
   // their own; every other case is worked from the run's.
   const bool run_torque = IsNonZero(e.actions.Mz);
-  auto system_of = [&](const LoadCase& c) { return f.NumberOfPiles > 1 && IsNonZero(c.loads.Mz) != run_torque ? 1 : 0; };
+  auto system_of = [&](const LoadCase& c) {
+    return f.NumberOfPiles > 1 && IsNonZero(c.loads.Mz) != run_torque ? 1 : 0;
+  };
   bool second = false;
   for (const LoadCase& c : set.cases) second = second || system_of(c) == 1;
 
   const int count = static_cast<int>(set.cases.size());
-  WriteLoadCaseDocumentStart(e, count, false, std::string(kLinearComment) + (second ? kSecondSystemComment : "") );
+  WriteLoadCaseDocumentStart(e, count, false, std::string(kLinearComment) + (second ? kSecondSystemComment : ""));
 
   UnitResponses systems[2];
   UnitTables aside;  // the unit tables of the system that is not in the workspace
