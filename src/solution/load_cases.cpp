@@ -40,6 +40,14 @@ constexpr const char* kSecondSystemComment =
     "assembly and factorisation, since the torsion between near piles enters the soil flexibility only "
     "under a torque";
 
+// Whether the soil flexibility between piles depends on a case's loads: in the method as
+// defined, the torsion between near piles is assembled only under a torque about Z, so a
+// case with a torque and one without need different systems. The corrected mechanics
+// assemble that torsion under any load, and one system serves every case.
+bool TorsionFollowsTheLoads(const Engine& e) {
+  return e.foundation.NumberOfPiles > 1 && !e.corrected_mechanics;
+}
+
 // S(., c) = G Tractions(., c) for the six unit cap movements. Rows in blocks, each block
 // by one thread with its six sums in hand; each entry takes its terms in rising column
 // order, as the increment's own product does, whatever the number of threads.
@@ -290,7 +298,7 @@ int WorkNonLinearLoadCases(Engine& e) {
       QuietLog quiet(e);
       BackToElastic(w);
       const bool torque = IsNonZero(c.loads.Mz);
-      if (e.foundation.NumberOfPiles > 1 && torque != elastic_torque) {
+      if (TorsionFollowsTheLoads(e) && torque != elastic_torque) {
         e.actions.Mz = torque ? 1.0f : 0.0f;
         AssembleSoilFlexibility(e, 1);
         e.actions.Mz = run_mz;
@@ -339,7 +347,7 @@ int WorkLoadCases(Engine& e) {
   // their own; every other case is worked from the run's.
   const bool run_torque = IsNonZero(e.actions.Mz);
   auto system_of = [&](const LoadCase& c) {
-    return f.NumberOfPiles > 1 && IsNonZero(c.loads.Mz) != run_torque ? 1 : 0;
+    return TorsionFollowsTheLoads(e) && IsNonZero(c.loads.Mz) != run_torque ? 1 : 0;
   };
   bool second = false;
   for (const LoadCase& c : set.cases) second = second || system_of(c) == 1;

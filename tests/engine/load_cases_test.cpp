@@ -122,6 +122,7 @@ struct Route {
   const char* name;
   bool lapack;
   int increments;  // 1: linear
+  bool corrected = false;  // corrected mechanics: one system serves cases with and without a torque
 };
 
 class LoadCasesRoute : public ::testing::TestWithParam<Route> {};
@@ -134,6 +135,7 @@ TEST_P(LoadCasesRoute, EachCaseEqualsASeparateRunWithItsLoads) {
   for (std::size_t c = 0; c < kCases.size(); ++c) {
     Engine e;
     FillRakedLayeredModel(e, route.lapack, route.increments);
+    e.corrected_mechanics = route.corrected;
     e.actions = Loads(kCases[c], route.increments);
     ASSERT_EQ(RunModel(e, dir, "alone" + std::to_string(c)), 1);
     separate.push_back(run_totals);
@@ -144,10 +146,12 @@ TEST_P(LoadCasesRoute, EachCaseEqualsASeparateRunWithItsLoads) {
   const Actions own = Loads(Loads(20, 30, 2500, 10, 20, 5, 0.3f, 0.2f), route.increments);
   Engine plain;
   FillRakedLayeredModel(plain, route.lapack, route.increments);
+  plain.corrected_mechanics = route.corrected;
   plain.actions = own;
   ASSERT_EQ(RunModel(plain, dir, "plain"), 1);
   Engine e;
   FillRakedLayeredModel(e, route.lapack, route.increments);
+  e.corrected_mechanics = route.corrected;
   e.actions = own;
   for (std::size_t c = 0; c < kCases.size(); ++c)
     e.load_cases.cases.push_back({"case " + std::to_string(c), kCases[c]});
@@ -182,7 +186,9 @@ TEST_P(LoadCasesRoute, EachCaseEqualsASeparateRunWithItsLoads) {
 
 INSTANTIATE_TEST_SUITE_P(Runs, LoadCasesRoute,
                          ::testing::Values(Route{"LinearLapack", true, 1}, Route{"LinearOwnLU", false, 1},
-                                           Route{"NonLinearLapack", true, 4}, Route{"NonLinearOwnLU", false, 4}),
+                                           Route{"NonLinearLapack", true, 4}, Route{"NonLinearOwnLU", false, 4},
+                                           Route{"LinearCorrected", false, 1, true},
+                                           Route{"NonLinearCorrected", true, 4, true}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 // The cases document holds each case's increment in the lines of the run's own block,
