@@ -9,8 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "case_summary.h"
 #include "console.h"
 #include "csv_output.h"
+#include "load_cases.h"
 #include "model_check.h"
 #include "model_peek.h"
 #include "output_paths.h"
@@ -32,7 +34,7 @@ constexpr int kExitBadModel = 3;
 
 const char* const kUsage =
     "usage: quellon run MODEL.tmw [options]\n"
-    "       quellon check MODEL.tmw [--log FILE] [--no-warnings]\n"
+    "       quellon check MODEL.tmw [--log FILE] [--no-warnings] [--load-cases CASES.csv]\n"
     "       quellon --help | --version\n"
     "\n"
     "run      reads the model, runs the analysis and writes MODEL.xml, MODEL.txt and\n"
@@ -55,10 +57,27 @@ const char* const kUsage =
     "                  report of the last increment (flag 35) are added, which the\n"
     "                  summary and the CSV files read\n"
     "  --quiet         show only warnings, errors and the summary\n"
+    "  --load-cases CASES.csv\n"
+    "                  also work the load cases of CASES.csv, one row per case: name, Fx,\n"
+    "                  Fy, Fz (kN), Mx, My, Mz (kNm), X, Y (m; where the loads act), a header\n"
+    "                  row optional. The model's own loads stay the run's; the cases go to\n"
+    "                  MODEL.cases.xml, a table of them ends the summary (cap movement, the\n"
+    "                  largest pile compression, tension and head moment, the governing\n"
+    "                  case of each column marked *), and MODEL.cases.csv holds the table.\n"
+    "                  A fault in the file is refused before the run (exit status 2);\n"
+    "                  check reads the file as run does.\n"
     "\n"
     "options of run and check:\n"
     "  --no-warnings   no warnings about the model (misread numbers, values dropped,\n"
     "                  places where the method misleads); the exit status is the same\n"
+    "  --mechanics M   as-defined (the default): the method as it is defined, whose\n"
+    "                  numbers compare with the system it replaces; corrected: the same\n"
+    "                  analysis with its known flaws corrected (a first-order unit twist\n"
+    "                  of the cap, torsion between piles under any load, the whole\n"
+    "                  section compared before a pile matrix is shared, the rigid twist\n"
+    "                  of a pile raked both ways). Every output of a corrected run says\n"
+    "                  so, and the warnings cap-torque and shared-pile-matrix, whose\n"
+    "                  flaws it removes, are not given\n"
     "\n"
     "The outputs are written as FILE.part and moved into place when the run has\n"
     "produced them. A failed run leaves earlier outputs as they were and keeps its\n"
@@ -197,6 +216,8 @@ struct Options {
   std::string command, model, out_dir, xml, txt, log;
   bool no_txt = false, no_csv = false, keep_flags = false, quiet = false;
   bool no_warnings = false;
+  bool corrected_mechanics = false;  // --mechanics corrected
+  std::string load_cases;  // the CSV file of load cases, if any
 };
 
 bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
@@ -228,6 +249,17 @@ bool ParseArguments(int argc, char** argv, Options& o, std::string& why) {
       o.quiet = true;
     } else if (a == "--no-warnings") {
       o.no_warnings = true;
+    } else if (a == "--mechanics") {
+      // ---- the host's choice of mechanics ----
+      std::string mode;
+      if (!next(mode)) return false;
+      if (mode != "as-defined" && mode != "corrected") {
+        why = "--mechanics takes as-defined or corrected, not " + mode;
+        return false;
+      }
+      o.corrected_mechanics = mode == "corrected";
+    } else if (a == "--load-cases") {
+      if (!next(o.load_cases)) return false;
     } else if (!a.empty() && a[0] == '-') {
       why = "unknown option " + a;
       return false;
@@ -296,6 +328,7 @@ void PrintSummary(Console& c, const Options& o, const quellon_cli::ModelPeek& pe
     c.print("  " + std::to_string(peek.piles) + " piles of " + std::to_string(peek.elements) + " elements, " +
             std::to_string(peek.increments) + (peek.increments > 1 ? " increments (non-linear)" : " increment (linear)"));
   }
+  if (o.corrected_mechanics) c.print("  mechanics: corrected");
   if (r.have_centre)
     c.print("  centre of rotation: X = " + Fixed(r.centre[0], 0, 3) + " m, Y = " + Fixed(r.centre[1], 0, 3) + " m");
 
@@ -363,6 +396,16 @@ std::string FailedRunNote(const quellon_cli::OutputSet& outputs) {
 int Check(Console& c, const Options& o) {
   std::string log = o.log;
   std::string temporary;
+  // ---- A case file is checked as a run reads it.
+  if (!o.load_cases.empty()) {
+    const quellon_cli::LoadCaseList cases = quellon_cli::ReadLoadCases(o.load_cases);
+    if (!cases.problem.empty()) {
+      std::fprintf(stderr, "quellon: %s\n", cases.problem.c_str());
+      return kExitUsage;
+    }
+    c.print(o.load_cases + ": " + std::to_string(cases.cases.size()) + " load case" +
+            (cases.cases.size() > 1 ? "s" : "") + " read without a problem");
+  }
   // ---- Output safety: the LOG asked for must not be the model, and both must fit the engine.
   const std::string refused = quellon_cli::CheckPaths(o.model, {"", "", log}, false);
   if (!refused.empty()) {
@@ -377,6 +420,9 @@ int Check(Console& c, const Options& o) {
     log = temporary;
   }
   QuellonCreateLOGFile(log.c_str());
+  // The default mode is the engine's own: only the corrected one is set, so that a run
+  // without it writes exactly what it always wrote.
+  if (o.corrected_mechanics) QuellonSetMechanics(1);
   const int ok = READTMWFILEDIRECT(Padded260(o.model).c_str());
   const int line = QuellonGetTMWLineNumber();
   QuellonCloseAllFiles();
@@ -411,13 +457,27 @@ int Check(Console& c, const Options& o) {
 int Run(Console& c, const Options& o) {
   const std::string dir = o.out_dir.empty() ? "" : o.out_dir + "/";
   const std::string stem = o.out_dir.empty() ? Stem(o.model) : dir + BaseName(Stem(o.model));
-  const quellon_cli::OutputSet final_paths{o.xml.empty() ? stem + ".xml" : o.xml,
-                                           o.no_txt ? "" : (o.txt.empty() ? stem + ".txt" : o.txt),
-                                           o.log.empty() ? stem + ".log" : o.log};
+  quellon_cli::OutputSet final_paths{o.xml.empty() ? stem + ".xml" : o.xml,
+                                     o.no_txt ? "" : (o.txt.empty() ? stem + ".txt" : o.txt),
+                                     o.log.empty() ? stem + ".log" : o.log};
+  // ---- Load cases: the whole file read before anything else, its first fault refused.
+  quellon_cli::LoadCaseList cases;
+  std::string cases_csv;
+  if (!o.load_cases.empty()) {
+    cases = quellon_cli::ReadLoadCases(o.load_cases);
+    if (!cases.problem.empty()) {
+      std::fprintf(stderr, "quellon: %s\n", cases.problem.c_str());
+      return kExitUsage;
+    }
+    final_paths.cases = quellon_cli::CasesDocumentName(final_paths.xml);
+    if (!o.no_csv) cases_csv = quellon_cli::CasesCsvName(final_paths.xml);
+  }
   // ---- Output safety: refuse before anything is opened; the engine writes temporaries.
   std::string refused = quellon_cli::CheckPaths(o.model, final_paths, true);
   if (refused.empty() && !o.out_dir.empty()) refused = quellon_cli::MakeFolder(o.out_dir);
   if (refused.empty()) refused = quellon_cli::CheckFolders(final_paths);
+  if (refused.empty() && !o.load_cases.empty())
+    refused = quellon_cli::CheckCasesInput(o.load_cases, final_paths, cases_csv);
   if (!refused.empty()) {
     std::fprintf(stderr, "quellon: %s\n", refused.c_str());
     return kExitUsage;
@@ -439,6 +499,9 @@ int Run(Console& c, const Options& o) {
   QuellonSetPileCapDisplacementsCallback(&OnCapDisplacements);
   QuellonSetPileCapCentreOfRotationCallback(&OnCentre);
   QuellonSetProjectMessageCallback(&OnMessage);
+  // The default mode is the engine's own: only the corrected one is set, so that a run
+  // without it writes exactly what it always wrote.
+  if (o.corrected_mechanics) QuellonSetMechanics(1);
 
   c.print("Reading " + o.model);
   if (READTMWFILEDIRECT(Padded260(o.model).c_str()) != 1) {
@@ -467,6 +530,16 @@ int Run(Console& c, const Options& o) {
     QuellonSetProjectFlags(flags, 40);
   }
 
+  if (!cases.cases.empty()) {
+    const std::string problem =
+        quellon_cli::SendLoadCases(cases.cases, quellon_cli::TemporaryName(final_paths.cases));
+    if (!problem.empty()) {
+      QuellonCloseAllFiles();
+      std::fprintf(stderr, "quellon: %s; %s\n", problem.c_str(), FailedRunNote(final_paths).c_str());
+      return kExitRunFailed;
+    }
+  }
+
   const int result = txt.empty() ? QuellonRunAnalysis1(xml.c_str()) : QuellonRunAnalysis2(xml.c_str(), txt.c_str());
   c.finish_progress();
   // The closing messages of the files are the host's own doing, not news of the run: the
@@ -492,6 +565,7 @@ int Run(Console& c, const Options& o) {
   quellon_cli::PrintWarningSummary(c, warnings);  // the warnings, listed again with those of the run
   std::string outputs =
       final_paths.xml + (final_paths.txt.empty() ? "" : ", " + final_paths.txt) + ", " + final_paths.log;
+  if (!final_paths.cases.empty()) quellon_cli::ReportLoadCases(c, final_paths.cases, cases_csv, outputs);
   if (!o.no_csv && results.ok) {
     const quellon_cli::CsvOutcome csv = quellon_cli::WriteResultCsv(results, Stem(final_paths.xml));
     if (!csv.notes.empty()) c.print("");

@@ -45,20 +45,22 @@ fs::path Resolved(const std::string& path) {
   return canonical;
 }
 
-// Two paths that name one file: equal once resolved, or the same file on disk (a hard
-// link, or a name that differs only in case where the file system ignores case).
-bool SameFile(const std::string& a, const std::string& b) {
-  if (Resolved(a) == Resolved(b)) return true;
-  std::error_code ec;
-  return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
-}
-
 struct Named {
   std::string role;  // "the XML output", ...
   std::string path;
 };
 
 }  // namespace
+
+// Equal once resolved, or the same file on disk (a hard link, or a name that differs only
+// in case where the file system ignores case).
+bool SameFile(const std::string& a, const std::string& b) {
+  if (Resolved(a) == Resolved(b)) return true;
+  std::error_code ec;
+  return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
+}
+
+std::string StemOf(const std::string& path) { return TextOf(PathOf(path).replace_extension()); }
 
 std::string TemporaryName(const std::string& final_path) { return final_path + kTemporarySuffix; }
 
@@ -77,7 +79,10 @@ std::string CheckPaths(const std::string& model, const OutputSet& outputs, bool 
            std::to_string(kEnginePathLimit);
   std::vector<Named> files;
   const std::pair<const char*, const std::string*> roles[] = {
-      {"the XML output", &outputs.xml}, {"the TXT report", &outputs.txt}, {"the LOG", &outputs.log}};
+      {"the XML output", &outputs.xml},
+      {"the TXT report", &outputs.txt},
+      {"the LOG", &outputs.log},
+      {"the cases document", &outputs.cases}};
   for (const auto& [role, path] : roles) {
     if (path->empty()) continue;
     // The engine opens the temporary name, which is the longer one.
@@ -113,7 +118,7 @@ std::string MakeFolder(const std::string& dir) {
 }
 
 std::string CheckFolders(const OutputSet& outputs) {
-  for (const std::string* path : {&outputs.xml, &outputs.txt, &outputs.log}) {
+  for (const std::string* path : {&outputs.xml, &outputs.txt, &outputs.log, &outputs.cases}) {
     if (path->empty()) continue;
     const fs::path p = PathOf(*path);
     std::error_code ec;
@@ -129,7 +134,7 @@ std::string CheckFolders(const OutputSet& outputs) {
 }
 
 std::string CommitOutputs(const OutputSet& outputs) {
-  for (const std::string* path : {&outputs.xml, &outputs.txt, &outputs.log}) {
+  for (const std::string* path : {&outputs.xml, &outputs.txt, &outputs.log, &outputs.cases}) {
     if (path->empty()) continue;
     std::error_code ec;
     fs::rename(PathOf(TemporaryName(*path)), PathOf(*path), ec);
@@ -140,7 +145,7 @@ std::string CommitOutputs(const OutputSet& outputs) {
 
 std::string DiscardOutputs(const OutputSet& outputs) {
   std::error_code ec;
-  for (const std::string* path : {&outputs.xml, &outputs.txt})
+  for (const std::string* path : {&outputs.xml, &outputs.txt, &outputs.cases})
     if (!path->empty()) fs::remove(PathOf(TemporaryName(*path)), ec);
   const fs::path log = PathOf(TemporaryName(outputs.log));
   if (!fs::exists(log, ec)) return "";

@@ -25,6 +25,7 @@ constexpr std::size_t kEnginePathLimit = 260;
 // The final names of a run's outputs; an empty name is an output not written.
 struct OutputSet {
   std::string xml, txt, log;
+  std::string cases = {};  // the document of the load cases, when the run has cases
 };
 
 // Where the engine writes an output while the run lasts.
@@ -40,6 +41,11 @@ std::string CheckPaths(const std::string& model, const OutputSet& outputs, bool 
 std::string MakeFolder(const std::string& dir);
 // Each output's folder exists and the output itself is not a folder.
 std::string CheckFolders(const OutputSet& outputs);
+
+// Whether two paths name one file: equal once resolved, or the same file on disk.
+bool SameFile(const std::string& a, const std::string& b);
+// The path without the extension of its file name ("out/m.xml": "out/m").
+std::string StemOf(const std::string& path);
 
 // After a run that produced its outputs: moves each temporary into place. "" or the
 // reason a move failed.

@@ -203,6 +203,24 @@ void ReadOutput(Node output, RunResults& r) {
   }
 }
 
+// A load case's increments. The engine writes them one element each, holding the blocks
+// of its own increment; an element that holds the blocks of several increments (the
+// layout of the run's own output) is read as the run's is.
+void ReadCaseIncrements(Node load_case, RunResults& r) {
+  const std::vector<Node> increments = Children(load_case, "Increment");
+  for (Node inc : increments) {
+    if (Children(inc, "Pile-Cap").size() > 1 || Children(inc, "Piles").size() > 1) {
+      ReadOutput(load_case, r);
+      return;
+    }
+  }
+  for (Node inc : increments) {
+    IncrementResult& i = IncrementAt(r, Integer(Attribute(inc, "number")));
+    if (Node cap = Child(inc, "Pile-Cap")) ReadCap(cap, i, r);
+    if (Node piles = Child(inc, "Piles")) i.piles = ReadPiles(piles, r.elements);
+  }
+}
+
 }  // namespace
 
 const IncrementResult* RunResults::last_with_piles() const {
@@ -220,21 +238,38 @@ bool RunResults::axial_capacity_used_up() const {
   return true;
 }
 
-RunResults ReadRunResults(const std::string& xml_path) {
-  RunResults r;
-  std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> doc(
-      xmlReadFile(xml_path.c_str(), nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING), xmlFreeDoc);
+namespace {
+
+using Document = std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)>;
+
+// The document's root, or null with the reason in `problem`.
+Node RootOf(const Document& doc, const std::string& xml_path, std::string& problem) {
   if (!doc) {
     const xmlError* e = xmlGetLastError();
-    r.problem = e != nullptr && e->message != nullptr ? std::string(e->message) : "cannot read " + xml_path;
-    while (!r.problem.empty() && r.problem.back() == '\n') r.problem.pop_back();
-    return r;
+    problem = e != nullptr && e->message != nullptr ? std::string(e->message) : "cannot read " + xml_path;
+    while (!problem.empty() && problem.back() == '\n') problem.pop_back();
+    return nullptr;
   }
   Node root = xmlDocGetRootElement(doc.get());
   if (!Named(root, "Tolmark")) {
-    r.problem = "not an output of the engine: the root element is not Tolmark";
-    return r;
+    problem = "not an output of the engine: the root element is not Tolmark";
+    return nullptr;
   }
+  return root;
+}
+
+Document ReadDocument(const std::string& xml_path) {
+  return Document(
+      xmlReadFile(xml_path.c_str(), nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING), xmlFreeDoc);
+}
+
+}  // namespace
+
+RunResults ReadRunResults(const std::string& xml_path) {
+  RunResults r;
+  const Document doc = ReadDocument(xml_path);
+  Node root = RootOf(doc, xml_path, r.problem);
+  if (root == nullptr) return r;
   Node input = Child(root, "Input");
   Node output = Child(root, "Output");
   ReadInput(input, r);
@@ -242,6 +277,44 @@ RunResults ReadRunResults(const std::string& xml_path) {
   ReadOutput(output, r);
   r.ok = true;
   return r;
+}
+
+LoadCaseDocument ReadLoadCaseDocument(const std::string& xml_path) {
+  LoadCaseDocument d;
+  const Document doc = ReadDocument(xml_path);
+  Node root = RootOf(doc, xml_path, d.problem);
+  if (root == nullptr) return d;
+  Node cases = Child(root, "Load-Cases");
+  if (cases == nullptr) {
+    d.problem = "no load cases in the document";
+    return d;
+  }
+  // Each case is read as a run of its own: the run's input, then the case's increments.
+  RunResults input;
+  ReadInput(Child(root, "Input"), input);
+  d.nonlinear = Attribute(cases, "nonlinear") == "1";
+  d.comment = Text(Child(cases, "Comment"));
+  static const char* const kForces[3] = {"X", "Y", "Z"};
+  for (Node c : Children(cases, "Load-Case")) {
+    LoadCaseResult lc;
+    lc.number = Integer(Attribute(c, "number"));
+    lc.name = Attribute(c, "name");
+    Node loads = Child(c, "Loads");
+    for (std::size_t a = 0; a < 3; ++a) {
+      lc.loads[a] = AxisValue(loads, "Force", kForces[a]);
+      lc.loads[a + 3] = AxisValue(loads, "Moment", kForces[a]);
+    }
+    lc.loads[6] = AxisValue(loads, "Position", "X");
+    lc.loads[7] = AxisValue(loads, "Position", "Y");
+    lc.results = input;
+    lc.results.declared_increments = Integer(Attribute(Child(c, "No-Of-Increments"), "number"));
+    ReadCaseIncrements(c, lc.results);
+    if (Node stop = Child(c, "Capacity-Reached")) lc.capacity_increment = Integer(Attribute(stop, "increment"));
+    lc.results.ok = true;
+    d.cases.push_back(std::move(lc));
+  }
+  d.ok = true;
+  return d;
 }
 
 PileGeometry::PileGeometry(const PileInput& pile, int elements) {

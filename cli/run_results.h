@@ -83,6 +83,28 @@ struct RunResults {
 
 RunResults ReadRunResults(const std::string& xml_path);
 
+// The document of a run's load cases: the run's input echo, then per case its loads and
+// its increments in the layout of the run's own output. Each case comes as the results of
+// a run of its own (the input of the run, the increments of the case), so that what reads
+// a run's results reads a case's.
+struct LoadCaseResult {
+  int number = 0;
+  std::string name;
+  std::array<double, 8> loads{};  // Fx, Fy, Fz (kN), Mx, My, Mz (kNm), X, Y (m)
+  RunResults results;             // declared_increments: the case's own count
+  int capacity_increment = 0;     // a non-linear case stopped at the group's capacity: the last increment
+};
+
+struct LoadCaseDocument {
+  bool ok = false;
+  std::string problem;
+  bool nonlinear = false;
+  std::string comment;  // how the engine worked the cases
+  std::vector<LoadCaseResult> cases;
+};
+
+LoadCaseDocument ReadLoadCaseDocument(const std::string& xml_path);
+
 // Pile geometry shared by the CSV files, the summary and the warnings.
 struct PileGeometry {
   double ca = 1, sa = 0, ce = 1, se = 0;  // cosines and sines of the two rakes

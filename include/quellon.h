@@ -249,6 +249,127 @@ QUELLON_API int RUNANALYSISDIRECT(const char* xml_path, const char* txt_path,
                                   const void* unused);
 
 /* ---------------------------------------------------------------------------------
+ * Mechanics (beyond the classic interface; opt-in). A run analyses the model by the
+ * method as it is defined (mode 0, the default), so that its numbers compare with the
+ * system it replaces. Mode 1, corrected, changes exactly four rules where the method's
+ * mechanics are wrong, and nothing else:
+ *   - the unit twist of the cap is a first-order rotation: the head of a pile moves by
+ *     the unit angle times its lever arm from the centre of rotation, at right angles
+ *     to it, and each element by the same rule applied to its offset from the head
+ *     (not a finite rotation of one radian, which also pulls every pile towards the
+ *     centre and gives radial forces under a pure torque);
+ *   - torsion between near piles is assembled whenever the group has two or more piles,
+ *     not only when the applied torque Mz is non-zero, so that the group stiffness of a
+ *     linear model does not depend on its loads;
+ *   - a pile takes over the pile matrix of the pile before it only if their section
+ *     tables are the same over the whole length (the reinforced length and the
+ *     unreinforced section included);
+ *   - the elements of a pile raked in both directions move under the twist as a rigid
+ *     rotation moves them (not by 1/sqrt(2) of it along one diagonal).
+ * Every document of a run in corrected mode says so: the line
+ * " Mechanics: corrected" at the end of the banner of the TXT report, the attribute
+ * mechanics="corrected" of the XML output's root element, and the LOG line
+ * "Mechanics: corrected" at the start of the run. A run in mode 0 writes exactly the
+ * documents of an engine without this export (a call of QuellonSetMechanics is echoed
+ * to the LOG, like every setter). The warnings cap-torque and
+ * shared-pile-matrix of QuellonCheckModel are not given in corrected mode.
+ *
+ * QuellonSetMechanics: mode 0 or 1; any other value is refused with 0 and an error
+ * message, the mode left as it was. Like the callbacks, the mode survives the reset at
+ * the end of a run: it holds until it is set again. Refused during a run, like every
+ * model setter. Echoed to the LOG.
+ * QuellonGetMechanics: the mode in force, 0 or 1.
+ * ------------------------------------------------------------------------------- */
+QUELLON_API int QuellonSetMechanics(int mode);
+QUELLON_API int QuellonGetMechanics(void);
+
+/* ---------------------------------------------------------------------------------
+ * Load cases (beyond the classic interface; opt-in). Besides its own loads
+ * (QuellonSetActions) a model may hold named load cases, each six loads on the cap and
+ * the point where they act. The model's own loads stay the run's own increment: with or
+ * without cases the run's XML, TXT and LOG are the same, but for the LOG echo of the
+ * setters below and one LOG line naming the cases document. With no case held a run
+ * writes exactly what it writes without this block.
+ *
+ * After the run's own increment every case is worked in the order added, written to the
+ * cases document and handed to the load case callback, if one is set. A linear run
+ * works every case from its own factorisation: the group flexibility gives the case's
+ * cap movement, and the six unit responses of the cap (stresses, soil movements, head
+ * loads for each unit cap movement) give everything else as their combination, so a
+ * case costs a few passes over vectors of N values. One thing of the system depends
+ * on the loads: the torsion between near piles enters the soil flexibility only when a
+ * torque about Z (Mz) is applied. The cases that differ from the run's own loads in
+ * that respect are worked alike from a second assembly of the blocks between piles and
+ * a second factorisation, made once for all of them. The results are those of a
+ * separate run with the case's loads as its Actions, to single-precision rounding.
+ * A non-linear run works each case along its own path of increments (as many as the
+ * run's), one case after another, each from the elastic state, reusing the run's
+ * assembled elastic soil and pile matrices and its limiting stresses; a case whose path
+ * uses up the axial capacity of the group stops there, with the increments it
+ * completed. Each case's results are those of a separate run with its loads.
+ *
+ * The cases document (XML, ISO-8859-1, CR LF) holds the run's own <Input> echo, then
+ *   <Load-Cases count="K" nonlinear="0"> with a <Comment> on how the cases were worked,
+ *   and per case <Load-Case number="i" name="..."> with its <Loads> (the lines of
+ *   <Input><Loads>), <No-Of-Increments number="I"/> (the run's count) and one
+ *   <Increment number="i"> per increment worked, holding the blocks of the run's own
+ *   increment: <Pile-Group> (linear runs) and <Piles> under the same flags as in the
+ *   run's XML (21, 22; 27, 28 and 31; flag 35 widening them at the last increment),
+ *   <Pile-Cap> always; after the last, <Capacity-Reached increment="k"/> when the path
+ *   used up the axial capacity of the group.
+ * A run with cases and no document path, or whose document can't be created, is
+ * refused before anything is assembled.
+ *
+ * The cases and the document path are part of the model: a run consumes them (they are
+ * reset at its end like the loads). The callback survives runs like the other
+ * callbacks. The setters are refused during a run, as every model setter.
+ * ------------------------------------------------------------------------------- */
+/* One case's results, valid during the callback only. Cap vectors in the order X, Y, Z,
+ * about X, about Y, about Z. Element tables as the XML gives them: the axial tables have
+ * (n + 1) P entries, entry (p - 1)(n + 1) + k - 1 for element k of pile p and
+ * k = n + 1 for the toe; the others n P entries, entry (p - 1) n + k - 1. */
+typedef struct QuellonLoadCaseResults {
+  int number;                      /* 1 to the number of cases, in the order added */
+  const char* name;                /* NUL-terminated */
+  int piles;                       /* P */
+  int elements;                    /* n, shaft elements per pile */
+  int increments;                  /* increments worked: 1 in a linear run, fewer than
+                                      the run's when the capacity was used up */
+  const float* cap_loads;          /* 6: kN, kNm, about the centre of rotation */
+  const float* cap_displacements;  /* 6: m, rad */
+  /* Per pile (P each), at cap level in the pile's own axes: forces X, Y, Z (kN) and
+   * moments about X, Y, Z (kNm), as the XML's <Element number="0">; the pile head's
+   * movement X, Y, along the pile (m) and its twist (rad). */
+  const float *head_fx, *head_fy, *head_fz, *head_mx, *head_my, *head_mz;
+  const float *head_dx, *head_dy, *head_dz, *head_twist;
+  /* Per element: stresses (kPa), soil movements (m, rad), loads at the top of each
+   * element (kN, kNm; load_axial's toe entry is the base load). */
+  const float *stress_axial, *stress_x, *stress_y, *stress_torsion;
+  const float *disp_axial, *disp_x, *disp_y, *twist;
+  const float *load_axial, *shear_x, *shear_y, *moment_xz, *moment_yz, *torque;
+} QuellonLoadCaseResults;
+typedef void (*QuellonLoadCaseFn)(const QuellonLoadCaseResults* results);
+
+/* Adds a case: its name (text and count as every text export), loads on the cap (kN,
+ * kNm) and the point (x, y, m) where they act, as QuellonSetActions takes them.
+ * Result: the number of cases now held, or 0 (error message) for a load or point that
+ * is not a finite number, or during a run. */
+QUELLON_API int QuellonAddLoadCase(const char* name, int count, double fx, double fy,
+                                   double fz, double mx, double my, double mz, double x,
+                                   double y);
+/* Removes every case. Returns 1 (0 during a run). */
+QUELLON_API int QuellonClearLoadCases(void);
+/* Result: the number of cases held. */
+QUELLON_API int QuellonGetNumberOfLoadCases(void);
+/* The path of the cases document, NUL-terminated, at most 260 characters (see Paths).
+ * Required when cases are held. */
+QUELLON_API int QuellonSetLoadCaseXMLFile(const char* path);
+/* Registers the callback called once per case after the case is worked and written
+ * (null clears it). Info message when set, error message when null, as the other
+ * registrations; returns 1. */
+QUELLON_API int QuellonSetLoadCaseCallback(QuellonLoadCaseFn fn);
+
+/* ---------------------------------------------------------------------------------
  * Files
  * ------------------------------------------------------------------------------- */
 /* LOG: closes an open LOG first, then creates the file and writes its head. */

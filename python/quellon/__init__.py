@@ -15,8 +15,10 @@ from ._capi import LibraryNotFound, find_library, padded260
 from ._capi import library as capi
 from .model import DEFAULT_FLAGS, Layer, Loads, Model, Pile, QuellonError
 from .results import Results, read_xml, run
+from .load_cases import LoadCase, read_load_cases
 from . import plots  # noqa: E402  (after the results it draws)
 
 __all__ = ["Model", "Pile", "Layer", "Loads", "QuellonError", "Results", "run", "read_xml",
-           "capi", "find_library", "padded260", "LibraryNotFound", "DEFAULT_FLAGS", "plots"]
+           "capi", "find_library", "padded260", "LibraryNotFound", "DEFAULT_FLAGS", "plots",
+           "LoadCase", "read_load_cases"]
 

@@ -66,6 +66,21 @@ StiffnessMatrixFn = CFUNCTYPE(None, _float_p)
 CentreOfRotationFn = CFUNCTYPE(None, _float_p, _float_p)
 WindowMessageFn = CFUNCTYPE(None, c_char_p, c_long, c_long)
 
+
+class LoadCaseResults(ctypes.Structure):
+    """One load case's results as the load case callback receives them (quellon.h)."""
+    _fields_ = ([("number", c_int), ("name", c_char_p), ("piles", c_int), ("elements", c_int),
+                 ("increments", c_int), ("cap_loads", _float_p), ("cap_displacements", _float_p)]
+                + [(f, _float_p) for f in (
+                    "head_fx", "head_fy", "head_fz", "head_mx", "head_my", "head_mz",
+                    "head_dx", "head_dy", "head_dz", "head_twist",
+                    "stress_axial", "stress_x", "stress_y", "stress_torsion",
+                    "disp_axial", "disp_x", "disp_y", "twist",
+                    "load_axial", "shear_x", "shear_y", "moment_xz", "moment_yz", "torque")])
+
+
+LoadCaseFn = CFUNCTYPE(None, POINTER(LoadCaseResults))
+
 _D, _I, _B = c_double, c_int, quellon_bool
 
 # name: (result, [arguments]); None as result means void.
@@ -138,6 +153,12 @@ EXPORTS: dict[str, tuple] = {
     "QuellonRunAnalysis1": (_I, [_text]),
     "QuellonRunAnalysis2": (_I, [_text, _text]),
     "RUNANALYSISDIRECT": (_I, [_path260, _path260, c_void_p]),
+    # Load cases
+    "QuellonAddLoadCase": (_I, [_text, _I] + [_D] * 8),
+    "QuellonClearLoadCases": (_I, []),
+    "QuellonGetNumberOfLoadCases": (_I, []),
+    "QuellonSetLoadCaseXMLFile": (_I, [_text]),
+    "QuellonSetLoadCaseCallback": (_I, [LoadCaseFn]),
     # Files
     "QuellonCreateLOGFile": (_I, [_text]),
     "CREATELOGFILEDIRECT": (_I, [_path260]),
@@ -151,6 +172,9 @@ EXPORTS: dict[str, tuple] = {
     # Model review: the pre-run check and the findings of the last read and check
     "QuellonCheckModel": (_I, []),
     "QuellonGetDiagnostic": (_I, [c_int, c_char_p, c_int]),
+    # Mechanics: the method as defined (0) or corrected (1); kept across runs
+    "QuellonSetMechanics": (_I, [c_int]),
+    "QuellonGetMechanics": (_I, []),
     "QuellonCloseTXTFile": (None, []),
     "QuellonCloseAllFiles": (None, []),
 }

@@ -101,6 +101,9 @@ def quiet_stdout(enabled: bool = True):
 
 def discard(lib, tmp: Path) -> None:
     """Empties the engine's model by a run that it refuses before any work."""
+    clear_cases = getattr(lib, "QuellonClearLoadCases", None)  # absent from older libraries
+    if clear_cases is not None:
+        clear_cases()
     lib.QuellonSetBoreholeDepthToRigidLayer(math.nan)
     lib.QuellonRunAnalysis1(os.fsencode(tmp / "discarded.xml"))
     lib.QuellonCloseAllFiles()

@@ -125,7 +125,8 @@ class Model:
 
     piles, layers: lists of `Pile` and `Layer`. elements: shaft elements per pile (at
     most 50). increments: 1 for a linear analysis, 2 or more for a non-linear one with
-    the load applied in equal steps. loads: `Loads` on the cap.
+    the load applied in equal steps. loads: `Loads` on the cap. load_cases: named load
+    cases that a run works besides `loads` (see `quellon.load_cases`).
     interaction: 1 every pile pair interacts, 2 up to 50 shaft diameters, 3 up to
     interaction_distance (m). depth_to_rigid_layer (m below ground, 0 for none).
     layer_averaging: 1 Poulos, 2 Yamashita. free_standing_length (m above ground,
@@ -161,6 +162,10 @@ class Model:
     rb: float = 0.5
     rl: float = 0.5
     rt: float = 0.5
+    # Load cases worked by the run besides `loads`: a list of `quellon.LoadCase`, a
+    # DataFrame with the columns name, Fx, Fy, Fz, Mx, My, Mz, X, Y, or the path of such a
+    # CSV file. The run sends them; the TMK file and the text model file don't hold them.
+    load_cases: list = field(default_factory=list)
 
     # ---- files -------------------------------------------------------------------
     @classmethod

@@ -12,6 +12,7 @@ from pathlib import Path
 import matplotlib
 
 from . import plots
+from .load_cases import as_load_cases
 from .model import QuellonError
 from .results import Results, run
 
@@ -35,12 +36,15 @@ def _table(df, floatfmt="{:.4g}") -> str:
     return df.to_html(index=False, border=0, float_format=lambda v: floatfmt.format(v), na_rep="")
 
 
-def write_report(model: str | os.PathLike, out: str | os.PathLike) -> Path:
+def write_report(model: str | os.PathLike, out: str | os.PathLike, load_cases=None,
+                 mechanics: str = "as-defined") -> Path:
     """Runs the model file and writes the figures and index.html into `out`; returns the
-    page's path."""
+    page's path. load_cases: a case file (or list, or frame) whose summary table the page
+    adds (see `quellon.load_cases`). mechanics: as for `run`."""
+    cases = as_load_cases(load_cases)       # a faulty case file stops here, before any output
     out = Path(out)
     out.mkdir(parents=True, exist_ok=True)
-    results = run(model, keep=out)
+    results = run(model, keep=out, load_cases=cases or None, mechanics=mechanics)
     piles = profile_piles(results)
     plots.profiles(results, piles=piles, path=out / FIGURES[0][0])
     plots.plan(results, path=out / FIGURES[1][0])
@@ -59,6 +63,8 @@ def write_report(model: str | os.PathLike, out: str | os.PathLike) -> Path:
         f"<p>{results.increments} increment(s), {'non-linear' if results.nonlinear else 'linear'} analysis, "
         f"{len(results.heads)} piles. Axes: X, Y horizontal, Z positive downward.</p>",
     ]
+    if results.mechanics == "corrected":
+        parts.append("<p><b>Mechanics: corrected</b> (see docs/mechanics.md of the engine).</p>")
     if notes:
         parts.append("<p><b>Engine warnings and errors:</b> " + html.escape("; ".join(notes)) + "</p>")
     parts.append("<h2>Figures</h2><ul>")
@@ -70,8 +76,13 @@ def write_report(model: str | os.PathLike, out: str | os.PathLike) -> Path:
     parts += ["<h2>Cap loads and movement by increment</h2>", _table(results.cap),
               "<h2>Group stiffness by increment (diagonal)</h2>", _table(results.stiffness, "{:.5g}"),
               "<h2>Loads at the pile heads (last increment)</h2>", _table(results.heads),
-              "<h2>Largest bending moment of each pile</h2>", _table(results.max_moments()),
-              "</body></html>"]
+              "<h2>Largest bending moment of each pile</h2>", _table(results.max_moments())]
+    if results.case_summary is not None:
+        parts += ["<h2>Load cases</h2><p>At the cap its movement, at the pile heads the largest axial force "
+                  "in compression and in tension and the largest bending moment, each with its pile; "
+                  "<i>governs</i> names the columns in which the case gives the largest value.</p>",
+                  _table(results.case_summary)]
+    parts.append("</body></html>")
     page = out / "index.html"
     page.write_text("\n".join(parts) + "\n", encoding="utf-8")
     return page
@@ -84,9 +95,14 @@ def main(argv: list[str] | None = None) -> int:
     rep = sub.add_parser("report", help="run a model and write its figures and an HTML page")
     rep.add_argument("model", help="text model file (.tmw)")
     rep.add_argument("-o", "--out", required=True, help="directory for the page and the figures")
+    rep.add_argument("--mechanics", choices=["as-defined", "corrected"], default="as-defined",
+                     help="the method as defined (default) or with its known flaws corrected")
+    rep.add_argument("--load-cases", metavar="CASES.csv",
+                     help="also work the load cases of a CSV file (name, Fx, Fy, Fz, Mx, My, Mz, X, Y; "
+                          "as quellon run --load-cases) and add their table")
     args = parser.parse_args(argv)
     try:
-        page = write_report(args.model, args.out)
+        page = write_report(args.model, args.out, args.load_cases, mechanics=args.mechanics)
     except QuellonError as e:
         print(f"quellon: {e}", file=sys.stderr)
         return 2

@@ -29,6 +29,7 @@ import numpy as np
 import pandas as pd
 
 from . import _engine
+from .load_cases import as_load_cases, case_summary, read_cases_xml, send_load_cases
 from .model import Model, QuellonError
 
 REPORT_FLAGS = (25, 35)
@@ -67,6 +68,14 @@ class Results:
         info, 1 warning, 2 error, 3 critical. An orderly stop at the axial capacity of
         the group comes as an error message with a successful run.
     xml: the path of the XML output if it was kept, else None.
+    mechanics: "corrected" for a run in the corrected mechanics (the XML root says so),
+        else "as-defined".
+    cases: for a run with load cases, per case name the case's `Results` (cap, heads,
+        profiles, piles, as a run of its own with the case's loads; stiffness and grmat
+        empty), read from the cases document (kept as MODEL.cases.xml with `keep`).
+    case_summary: one row per case (see `quellon.load_cases.case_summary`), or None.
+    capacity_increment: for a load case of a non-linear run whose path stopped at the
+        axial capacity of the group, its last increment; else None.
     """
     cap: pd.DataFrame
     stiffness: pd.DataFrame
@@ -77,6 +86,10 @@ class Results:
     messages: list[tuple[int, str]] = field(default_factory=list)
     nonlinear: bool = False
     xml: Path | None = None
+    mechanics: str = "as-defined"
+    cases: dict = field(default_factory=dict)
+    case_summary: pd.DataFrame | None = None
+    capacity_increment: int | None = None
 
     @property
     def increments(self) -> int:
@@ -116,20 +129,36 @@ def _set_flags(flags: str, on: tuple[int, ...], off: tuple[int, ...] = ()) -> st
     return "".join(f)
 
 
+MECHANICS = {"as-defined": 0, "corrected": 1}
+
+
 def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
-        keep: str | os.PathLike | None = None, quiet: bool = True) -> Results:
+        keep: str | os.PathLike | None = None, quiet: bool = True,
+        mechanics: str = "as-defined", load_cases=None) -> Results:
     """Runs a model and returns its `Results`.
 
     model: a `Model` (sent through the setters) or the path of a text model file (read by
     the engine itself). every_increment: profiles of every increment (else of the last).
     keep: a directory in which the XML output and the TXT report stay (named after the
-    model). quiet: keep the engine's lines on standard output away.
+    model). quiet: keep the engine's lines on standard output away. mechanics:
+    "as-defined" (the method as it is defined, the default) or "corrected" (the first-order
+    unit twist, torsion between piles under any load, the whole section compared before a
+    pile matrix is reused, the rigid twist of a pile raked both ways; see docs/mechanics.md).
+    load_cases: cases the run works besides the model's own loads (a list of `LoadCase`, a
+    DataFrame or a CSV path); by default a `Model`'s `load_cases`. They fill `Results.cases`
+    and `Results.case_summary`.
 
     Only one run at a time per process: the engine has one model, and runs from other
     threads wait for the lock. Raises `QuellonError` with the engine's messages if the
     model is refused or the run fails.
     """
+    if mechanics not in MECHANICS:
+        raise ValueError(f"mechanics must be one of {sorted(MECHANICS)}, not {mechanics!r}")
+    cases = as_load_cases(load_cases if load_cases is not None or not isinstance(model, Model)
+                          else model.load_cases)
     with _engine.session() as (lib, record, tmp):
+        # The engine keeps the mode from run to run: every run sets its own.
+        lib.QuellonSetMechanics(MECHANICS[mechanics])
         if isinstance(model, Model):
             flags = model.flags
             stem = "model"
@@ -144,6 +173,13 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
         flags = _set_flags(flags, on, off)
         lib.QuellonSetProjectFlags((ctypes.c_int * 40)(*[int(c) for c in flags]), 40)
         xml, txt = tmp / f"{stem}.xml", tmp / f"{stem}.txt"
+        document = tmp / f"{stem}.cases.xml"
+        if cases:
+            try:
+                send_load_cases(lib, cases, document)
+            except QuellonError:
+                _engine.discard(lib, tmp)
+                raise
         with _engine.quiet_stdout(quiet):
             ok = lib.QuellonRunAnalysis2(os.fsencode(xml), os.fsencode(txt))
         lib.QuellonCloseAllFiles()
@@ -154,11 +190,16 @@ def run(model: Model | str | os.PathLike, *, every_increment: bool = True,
         results.grmat = np.array(record.grmat) if record.grmat else np.zeros((0, 6, 6))
         results.stiffness = _stiffness_frame(results.grmat)
         results.messages = list(record.messages)
+        if cases:
+            results.cases = read_cases_xml(document)
+            results.case_summary = case_summary(results.cases)
         if keep is not None:
             out = Path(keep)
             out.mkdir(parents=True, exist_ok=True)
             shutil.copy(xml, out / xml.name)
             shutil.copy(txt, out / txt.name)
+            if cases:
+                shutil.copy(document, out / document.name)
             results.xml = out / xml.name
         return results
 
@@ -207,9 +248,12 @@ def read_xml(path: str | os.PathLike) -> Results:
     runs = 0                # increment elements of the output: the first is the run's
     blocks = 0              # pile blocks read
     stack: list[str] = []
+    mechanics = "as-defined"
     for event, el in ET.iterparse(path, events=("start", "end")):
         if event == "start":
             stack.append(el.tag)
+            if len(stack) == 1 and el.get("mechanics") == "corrected":
+                mechanics = "corrected"
             if stack == ["Tolmark", "Output", "Increment"]:
                 runs += 1
                 if runs == 1:
@@ -245,7 +289,9 @@ def read_xml(path: str | os.PathLike) -> Results:
                 caps.append(_cap_row(cap, number))
             el.clear()
     caps.sort(key=lambda c: c["increment"])
-    return _frames(piles, caps, rows, nonlinear)
+    results = _frames(piles, caps, rows, nonlinear)
+    results.mechanics = mechanics
+    return results
 
 
 def _flag(flags: str, i: int) -> bool:

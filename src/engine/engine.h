@@ -8,6 +8,7 @@
 
 #include "engine/available_memory.h"
 #include "engine/group_layout.h"
+#include "engine/load_cases.h"
 #include "engine/model.h"
 #include "engine/phase_timer.h"
 #include "engine/text_file.h"
@@ -50,10 +51,15 @@ struct Engine {
   Borehole borehole;
   Foundation foundation;
   RunCallbacks callbacks;
+  // The host's choice of mechanics (QuellonSetMechanics): false for the method as it is
+  // defined, true for the corrected twist, torsion between piles and pile likeness.
+  // Like the callbacks, it survives every reset of the model.
+  bool corrected_mechanics = false;
   QuellonWindowMessageFn window_observer = nullptr;
   FileUnits files;
   Workspace ws;
   XMLDocumentState xml_document;  // elements of the XML output that are open
+  LoadCaseSet load_cases;  // opt-in cases worked after the run's own increment
   bool running = false;  // a run is in progress on this engine
   bool delivering_message = false;  // the host's message function is being called
   // Closes of the run's outputs that the host asked for while a run was in progress;

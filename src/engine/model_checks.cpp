@@ -306,9 +306,9 @@ int CheckGroundAlongPiles(Engine& e) {
         !CheckModulus(e, z0, bottom, p, "horizontal", kZeroHorizontalSoilStiffness, Eh, dEh))
       return 0;
   }
-  // The torsion between two near piles of a group under torque runs down from the soil
-  // entry level of the field pile itself.
-  if (std::fabs(e.actions.Mz) > kZero && f.NumberOfPiles > 1) {
+  // The torsion between two near piles of a group under torque (under any load in the
+  // corrected mechanics) runs down from the soil entry level of the field pile itself.
+  if ((std::fabs(e.actions.Mz) > kZero || e.corrected_mechanics) && f.NumberOfPiles > 1) {
     for (int p = 1; p <= f.NumberOfPiles; ++p) {
       const float zp = f.Piles(p).SoilEntryZ;
       if (zp != z0 && !CheckModulus(e, zp, zp + deepest, p, "vertical", kZeroVerticalSoilStiffness, Ev, dEv)) return 0;

@@ -195,8 +195,9 @@ void SharedPileMatrix(const Engine& e, std::vector<Diagnostic>& out) {
             " m) or unreinforced section: the engine takes them as alike and builds one pile matrix for both, so "
             "pile " +
             std::to_string(p) + " is analysed with the pile matrix of pile " + std::to_string(p - 1) +
-            ", whose moments can be off by a factor of two; put a pile of another kind between them in the pile "
-            "table, or make their EA differ in the last digit"});
+            ", whose moments can be off by a factor of two; run with the corrected mechanics "
+            "(quellon run --mechanics corrected), put a pile of another kind between them in the pile table, or "
+            "make their EA differ in the last digit"});
   }
 }
 
@@ -214,7 +215,8 @@ void CapTorque(const Engine& e, std::vector<Diagnostic>& out) {
           Num(f.CentreOfRotationX) + ", Y = " + Num(f.CentreOfRotationY) +
           " m): the cap's unit twist is a finite rotation of one radian, which also moves every pile towards the "
           "centre, so a torque gives radial pile forces and moments where symmetry needs none, and the twist "
-          "terms of the group stiffness change with whether a torque is applied"});
+          "terms of the group stiffness change with whether a torque is applied; the corrected mechanics "
+          "(quellon run --mechanics corrected) analyse the twist without these flaws"});
 }
 
 }  // namespace
@@ -224,8 +226,11 @@ void LintModel(const Engine& e, std::vector<Diagnostic>& out) {
   SectionStiffness(e, out);
   SoilStiffness(e, out);
   ClosePiles(e, out);
-  SharedPileMatrix(e, out);
-  CapTorque(e, out);
+  // The corrected mechanics remove the two flaws that these warnings name.
+  if (!e.corrected_mechanics) {
+    SharedPileMatrix(e, out);
+    CapTorque(e, out);
+  }
 }
 
 }  // namespace quellon

@@ -16,6 +16,7 @@
 #include "files/reports.h"
 #include "soil/soil.h"
 #include "solution/group_stiffness.h"
+#include "solution/load_cases.h"
 #include "solution/solution.h"
 
 namespace quellon {
@@ -156,6 +157,8 @@ int Calculate(Engine& e, bool& abandoned) {
   // Two piles whose load points coincide would make the soil matrices divide by zero:
   // such a model is refused before anything is assembled.
   if (CheckCoincidentMidpoints(e) == 0) return 0;
+  // Load cases that the run can't work, or whose document can't be made, refuse it.
+  if (PrepareLoadCases(e) == 0) return 0;
   SwitchPhase(e.timer, Phase::kReports);
   WriteTXTInput(e);
   SwitchPhase(e.timer, Phase::kGeometry);
@@ -201,7 +204,9 @@ int Calculate(Engine& e, bool& abandoned) {
   PostWindowMessage(e, kFinalIncrementCompleted);
   SwitchPhase(e.timer, Phase::kReports);
   WriteXMLOutputEnd(e);
-  return 1;
+  // The load cases, from what the run's own increment left: each written to the cases
+  // document and handed to the host.
+  return WorkLoadCases(e);
 }
 
 // The end of every run that reached its calculation: the arrays go, the model is reset
@@ -217,6 +222,7 @@ void Finish(Engine& e, int result) {
   ReleaseFoundation(e);
   ReleaseBorehole(e);
   ResetActions(e);
+  ResetLoadCases(e.load_cases);
   ResetProject(e);
   const char* closing = result == 1 ? "Finished running the boundary element analysis (success)"
                                     : "Finished running the boundary element analysis (failed)";
@@ -242,6 +248,7 @@ int OpenAndRun(Engine& e, std::string_view xml_path, std::optional<std::string_v
   if (OpenRunFiles(e, xml_path, txt_path) == 0) return 0;
 
   SendInfo(e, "Running the boundary element analysis...");
+  if (e.corrected_mechanics) LogLine(e, "Mechanics: corrected");
   int result = 0;
   try {
     ResetYieldCounters(e);

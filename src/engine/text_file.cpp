@@ -4,6 +4,7 @@ namespace quellon {
 
 bool TextFile::create(const std::string& path) {
   close();
+  margin_ = 0;
   f_ = std::fopen(path.c_str(), "wb");
   if (f_ != nullptr) path_ = path;
   lines_read_ = 0;
@@ -25,6 +26,7 @@ void TextFile::close() {
 
 void TextFile::line(std::string_view text) {
   if (f_ == nullptr) return;
+  for (int i = 0; i < margin_; ++i) std::fputc(' ', f_);
   std::fwrite(text.data(), 1, text.size(), f_);
   std::fwrite("\r\n", 1, 2, f_);
 }

@@ -25,8 +25,11 @@ class TextFile {
   bool is_open() const { return f_ != nullptr; }
   const std::string& path() const { return path_; }
 
-  // One whole line; the CR LF is added here.
+  // One whole line; the CR LF is added here, and the margin before it.
   void line(std::string_view text);
+  // Blanks put before every line written from now on: a document that nests the blocks
+  // of another one level deeper writes them with the other's writers. 0 when opened.
+  void set_margin(int blanks) { margin_ = blanks > 0 ? blanks : 0; }
   // Hands what is buffered to the system, so that a reader sees every line written.
   void flush();
   // Reads one line without its end (LF or CR LF). False at the end of the file.
@@ -38,6 +41,7 @@ class TextFile {
   std::FILE* f_ = nullptr;
   std::string path_;
   long lines_read_ = 0;
+  int margin_ = 0;
 };
 
 }  // namespace quellon

@@ -24,6 +24,11 @@ void ScaledTable(const float k[36], float scale, bool divide, float t[6][6]) {
 
 }  // namespace
 
+void GroupReportTables(const float k[36], const float flex[36], float kt[6][6], float ft[6][6]) {
+  ScaledTable(k, 1e6f, true, kt);
+  ScaledTable(flex, 1e6f, false, ft);
+}
+
 void WriteGroupStiffness(Engine& e, const float k[36]) {
   float table[6][6];
   ScaledTable(k, 1e6f, true, table);  // GN and GN m

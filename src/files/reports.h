@@ -6,6 +6,8 @@
 namespace quellon {
 
 struct Engine;
+struct Actions;
+class TextFile;
 
 // ---- TXT report ------------------------------------------------------------------
 // After PrepareGroupGeometry: banner and input part.
@@ -28,6 +30,8 @@ void PrintUnitHeadLoads(Engine& e);
 // run in both documents (flags 21, 22), as the tables below.
 void WriteGroupStiffness(Engine& e, const float k[36]);
 void WriteGroupFlexibility(Engine& e, const float flex[36]);
+// The two tables as those reports show them, from k and flex as above.
+void GroupReportTables(const float k[36], const float flex[36], float kt[6][6], float ft[6][6]);
 // The coefficient tables. t: 6 by 6, row-major t[a][b], external axes, scaled and cut.
 void WriteTXTGroupStiffness(Engine& e, const float t[6][6]);
 void WriteTXTGroupFlexibility(Engine& e, const float t[6][6]);
@@ -45,6 +49,10 @@ void WriteTXTCapacityStop(Engine& e, int increment);
 // ---- XML output ------------------------------------------------------------------
 void WriteXMLHeader(Engine& e);
 void WriteXMLInput(Engine& e);
+// The same echo of the input to another document, and the eight lines of its <Loads>
+// (forces, moments, the point) at `indent` for any set of loads.
+void WriteXMLInputEcho(const Engine& e, TextFile& out);
+void WriteXMLLoadLines(TextFile& out, int indent, const Actions& loads);
 void WriteXMLOutputStart(Engine& e);
 // The group tables (flags 21, 22 of a linear run); t as above.
 void WriteXMLGroupStiffness(Engine& e, const float t[6][6]);
@@ -54,6 +62,11 @@ void WriteXMLGroupFlexibility(Engine& e, const float t[6][6]);
 // of the increments.
 bool WriteXMLPileCap(Engine& e);
 void WriteXMLPiles(Engine& e, int increment);
+// The blocks of one increment as the run's document holds them, written to another
+// document (the load cases): <Pile-Group> of a linear run (flags 21, 22; kt and ft as
+// above), <Pile-Cap> always, <Piles> (flags 27, 28, 31), each closed, at the run's
+// indentation (the caller sets the other document's margin).
+void WriteXMLIncrementBlocks(const Engine& e, TextFile& out, const float kt[6][6], const float ft[6][6]);
 // When the whole group has yielded axially.
 void WriteXMLCapacityStop(Engine& e);
 void WriteXMLOutputEnd(Engine& e);

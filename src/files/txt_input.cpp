@@ -15,7 +15,9 @@ namespace quellon {
 
 namespace {
 
-void WriteBanner(ReportOut& out) {
+// A report of the corrected mechanics says so in its banner, so that it can't be taken
+// for one of the method as defined.
+void WriteBanner(ReportOut& out, bool corrected_mechanics) {
   out.line(Repeat('*', 70));
   out.line(" Program  T O L M A R K  ");
   out.line("");
@@ -24,6 +26,7 @@ void WriteBanner(ReportOut& out) {
   out.line(" Version: " + VersionText());
   out.line(std::string(" ") + kOwnershipLine1);
   out.line(std::string(" ") + kOwnershipLine2);
+  if (corrected_mechanics) out.line(" Mechanics: corrected");
   out.line(Repeat('*', 70));
 }
 
@@ -251,7 +254,7 @@ void WriteTXTInput(Engine& e) {
   if (!TXTOpen(e)) return;
   SendInfo(e, "Writing input data to TXT output file...");
   ReportOut out = TXTOut(e);
-  WriteBanner(out);
+  WriteBanner(out, e.corrected_mechanics);
   if (e.project.Flag(2)) WriteProjectBlock(e.project, out);
   WriteScope(e, out);
   WritePileTable(e, out);

@@ -204,7 +204,37 @@ void WriteIncrementSummary(const Engine& e, TextFile& out, int last) {
   }
 }
 
+void WriteStiffnesses(TextFile& out, const float t[6][6]) {
+  WriteXMLLine(out, 16, "<Stiffnesses>");
+  WriteFamily(out, WriteXMLForceDisplacementStiffness, t, 0, 0);
+  WriteFamily(out, WriteXMLForceRotationStiffness, t, 0, 3);
+  WriteFamily(out, WriteXMLMomentDisplacementStiffness, t, 3, 0);
+  WriteFamily(out, WriteXMLMomentRotationStiffness, t, 3, 3);
+  WriteXMLLine(out, 16, "</Stiffnesses>");
+}
+
+void WriteFlexibilities(TextFile& out, const float t[6][6]) {
+  WriteXMLLine(out, 16, "<Flexibilities>");
+  WriteFamily(out, WriteXMLDisplacementForceFlexibility, t, 0, 0);
+  WriteFamily(out, WriteXMLRotationForceFlexibility, t, 3, 0);
+  WriteFamily(out, WriteXMLDisplacementMomentFlexibility, t, 0, 3);
+  WriteFamily(out, WriteXMLRotationMomentFlexibility, t, 3, 3);
+  WriteXMLLine(out, 16, "</Flexibilities>");
+}
+
 }  // namespace
+
+void WriteXMLIncrementBlocks(const Engine& e, TextFile& out, const float kt[6][6], const float ft[6][6]) {
+  const Project& pr = e.project;
+  if (!pr.NonLinear && (pr.Flag(21) || pr.Flag(22))) {
+    WriteXMLLine(out, 12, "<Pile-Group>");
+    if (pr.Flag(21)) WriteStiffnesses(out, kt);
+    if (pr.Flag(22)) WriteFlexibilities(out, ft);
+    WriteXMLLine(out, 12, "</Pile-Group>");
+  }
+  WritePileCap(e, out);
+  if (pr.Flag(27) && pr.Flag(28) && pr.Flag(31)) WritePiles(e, out, 12);
+}
 
 void WriteXMLGroupStiffness(Engine& e, const float t[6][6]) {
   TextFile* out = XMLOutput(e);
@@ -219,12 +249,7 @@ void WriteXMLGroupStiffness(Engine& e, const float t[6][6]) {
     doc.pile_group_open = true;
   }
   if (!stiffness) return;
-  WriteXMLLine(*out, 16, "<Stiffnesses>");
-  WriteFamily(*out, WriteXMLForceDisplacementStiffness, t, 0, 0);
-  WriteFamily(*out, WriteXMLForceRotationStiffness, t, 0, 3);
-  WriteFamily(*out, WriteXMLMomentDisplacementStiffness, t, 3, 0);
-  WriteFamily(*out, WriteXMLMomentRotationStiffness, t, 3, 3);
-  WriteXMLLine(*out, 16, "</Stiffnesses>");
+  WriteStiffnesses(*out, t);
 }
 
 void WriteXMLGroupFlexibility(Engine& e, const float t[6][6]) {
@@ -236,12 +261,7 @@ void WriteXMLGroupFlexibility(Engine& e, const float t[6][6]) {
       WriteXMLLine(*out, 12, "<Pile-Group>");
       doc.pile_group_open = true;
     }
-    WriteXMLLine(*out, 16, "<Flexibilities>");
-    WriteFamily(*out, WriteXMLDisplacementForceFlexibility, t, 0, 0);
-    WriteFamily(*out, WriteXMLRotationForceFlexibility, t, 3, 0);
-    WriteFamily(*out, WriteXMLDisplacementMomentFlexibility, t, 0, 3);
-    WriteFamily(*out, WriteXMLRotationMomentFlexibility, t, 3, 3);
-    WriteXMLLine(*out, 16, "</Flexibilities>");
+    WriteFlexibilities(*out, t);
   }
   // Closed here also when only the stiffnesses were asked for.
   if (doc.pile_group_open) {

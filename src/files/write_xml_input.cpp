@@ -142,14 +142,34 @@ void WriteXMLHeader(Engine& e) {
   out->line(std::string("<!--") + kOwnershipLine1 + "-->");
   out->line(std::string("<!--") + kOwnershipLine2 + "-->");
   out->line("<!--File Output.xml-->");
-  out->line("<Tolmark version=\"" + VersionText() +
-            "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+  // A document of the corrected mechanics says so on its root element.
+  out->line("<Tolmark version=\"" + VersionText() + "\"" +
+            (e.corrected_mechanics ? " mechanics=\"corrected\"" : "") +
+            " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
             " xsi:noNamespaceSchemaLocation=\"https://www.quellonengine.org/xml-schemas/Tolmark.xsd\">");
+}
+
+void WriteXMLLoadLines(TextFile& out, int indent, const Actions& ac) {
+  float tol = 0.001f;
+  WriteXMLValue(out, indent, "Force axis=\"X\"", ac.Fx, "kN", tol);
+  WriteXMLValue(out, indent, "Force axis=\"Y\"", ac.Fy, "kN", tol);
+  WriteXMLValue(out, indent, "Force axis=\"Z\"", ac.Fz, "kN", tol);
+  WriteXMLValue(out, indent, "Moment axis=\"X\"", ac.Mx, "kNm", tol);
+  WriteXMLValue(out, indent, "Moment axis=\"Y\"", ac.My, "kNm", tol);
+  WriteXMLValue(out, indent, "Moment axis=\"Z\"", ac.Mz, "kNm", tol);
+  tol = 0.01f;
+  WriteXMLValue(out, indent, "Position axis=\"X\"", ac.X, "m", tol);
+  WriteXMLValue(out, indent, "Position axis=\"Y\"", ac.Y, "m", tol);
 }
 
 void WriteXMLInput(Engine& e) {
   TextFile* out = XMLOutput(e);
   if (out == nullptr) return;
+  WriteXMLInputEcho(e, *out);
+}
+
+void WriteXMLInputEcho(const Engine& e, TextFile& output) {
+  TextFile* out = &output;
   const Project& pr = e.project;
   const Foundation& fd = e.foundation;
   const Borehole& bh = e.borehole;
@@ -220,16 +240,7 @@ void WriteXMLInput(Engine& e) {
   }
 
   WriteXMLLine(*out, 8, "<Loads>");
-  tol = 0.001f;
-  WriteXMLValue(*out, 12, "Force axis=\"X\"", ac.Fx, "kN", tol);
-  WriteXMLValue(*out, 12, "Force axis=\"Y\"", ac.Fy, "kN", tol);
-  WriteXMLValue(*out, 12, "Force axis=\"Z\"", ac.Fz, "kN", tol);
-  WriteXMLValue(*out, 12, "Moment axis=\"X\"", ac.Mx, "kNm", tol);
-  WriteXMLValue(*out, 12, "Moment axis=\"Y\"", ac.My, "kNm", tol);
-  WriteXMLValue(*out, 12, "Moment axis=\"Z\"", ac.Mz, "kNm", tol);
-  tol = 0.01f;
-  WriteXMLValue(*out, 12, "Position axis=\"X\"", ac.X, "m", tol);
-  WriteXMLValue(*out, 12, "Position axis=\"Y\"", ac.Y, "m", tol);
+  WriteXMLLoadLines(*out, 12, ac);
   if (nonlinear) WriteXMLLine(*out, 12, Element("Increments", XMLInteger(ac.NumberOfIncrements)));
   WriteXMLLine(*out, 8, "</Loads>");
   WriteXMLLine(*out, 4, "</Input>");

@@ -244,7 +244,7 @@ void TorsionBetweenPiles(const SoilGround& g, const PileAxis& p, const PileAxis&
 }  // namespace
 
 bool TorsionBetweenPilesApplies(const InteractionRule& rule, const PairSpacing& d, const Pile& q) {
-  return IsNonZero(rule.Mz) && d.s < 10.0f * q.ShaftDiameter;
+  return (rule.torsion_always || IsNonZero(rule.Mz)) && d.s < 10.0f * q.ShaftDiameter;
 }
 
 void BuildPileInteractionMatrix(const SoilGround& g, const InteractionRule& rule, const PileAxis& p,

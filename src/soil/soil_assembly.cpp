@@ -148,6 +148,7 @@ InteractionRule InteractionRuleOf(const Engine& e) {
   rule.flag = e.project.InteractionFlag;
   rule.distance = e.project.InteractionDistance;
   rule.Mz = e.actions.Mz;
+  rule.torsion_always = e.corrected_mechanics;
   return rule;
 }
 

@@ -50,6 +50,9 @@ struct InteractionRule {
   int flag = 1;           // 1: 1000 Ds of the source pile, 2: 50 Ds, 3: distance; other: no limit
   float distance = 0.0f;  // limit of flag 3, m
   float Mz = 0.0f;        // applied torque: torsion between piles only when it is not zero
+  // The corrected mechanics: torsion between near piles whatever the torque, since the
+  // cap twists under any eccentric load and its stiffness must not depend on the load.
+  bool torsion_always = false;
 };
 
 // The points of one pile's axis as the blocks between piles place them: element

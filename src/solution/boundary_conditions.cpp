@@ -4,7 +4,8 @@
 //
 // Cap movements, in the order of the columns: 1 vertical (down), 2 along X, 3 rotation
 // in the XZ plane, 4 along Y, 5 rotation in the YZ plane, 6 twist. The two tilts are
-// first-order rotations; the twist is a finite rotation of one radian.
+// first-order rotations; the twist is a finite rotation of one radian in the method as
+// defined, and a first-order one, like the tilts, in the corrected mechanics.
 #include <cmath>
 
 #include "engine/engine.h"
@@ -57,6 +58,12 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
   const float kx = std::cos(w) - std::cos(w + 1.0f);
   const float ky = std::sin(w) - std::sin(w + 1.0f);
 
+  // The corrected mechanics turn the cap by a first-order unit twist: a point at
+  // (X, Y) from the centre moves by (-Y, X). The element lies at (x - ax, y - ay) from
+  // the centre (a positive rake carries the lower end towards minus X or Y), which
+  // holds for a pile raked both ways as for any other.
+  const bool corrected = e.corrected_mechanics;
+
   // Axial rows, shaft and base alike: the cap's movement resolved along the pile.
   for (int k = 1; k <= n + 1; ++k) {
     U(r + k, 1) = ca * ce;
@@ -81,7 +88,11 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
     U(rx, 3) = x * sa - d;
     U(rx, 4) = 0.0f;
     U(rx, 5) = 0.0f;
-    U(rx, 6) = double_rake ? Dx + ax * kx : Dx + 0.4597f * ax + 0.8415f * ay;
+    if (corrected) {
+      U(rx, 6) = ay - y;
+    } else {
+      U(rx, 6) = double_rake ? Dx + ax * kx : Dx + 0.4597f * ax + 0.8415f * ay;
+    }
 
     const int ry = r + 2 * n + 1 + i;
     U(ry, 1) = se;
@@ -89,7 +100,11 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
     U(ry, 3) = 0.0f;
     U(ry, 4) = ce;
     U(ry, 5) = y * se - d;
-    U(ry, 6) = double_rake ? Dy + ax * ky : Dy - 0.8415f * ax + 0.4597f * ay;
+    if (corrected) {
+      U(ry, 6) = x - ax;
+    } else {
+      U(ry, 6) = double_rake ? Dy + ax * ky : Dy - 0.8415f * ax + 0.4597f * ay;
+    }
 
     const int rt = r + 3 * n + 1 + i;
     for (int c = 1; c <= 5; ++c) U(rt, c) = 0.0f;

@@ -29,10 +29,7 @@ void CombineUnitStresses(const RealMatrix& unit, const RealVector& d, int rows, 
 
 }  // namespace
 
-void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float flex[36], Workspace& w,
-                       RealVector& packed) {
-  const int n = g.n;
-
+void CapMovementAndStresses(const Foundation& f, const GroupLayout& g, const float flex[36], Workspace& w) {
   // Cap movement under the loads of one increment.
   for (int i = 1; i <= 6; ++i) {
     float s = 0.0f;
@@ -69,6 +66,12 @@ void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float fl
     w.HeadDispXInc(p) = sa * wV + ca * wX;
     w.HeadDispYInc(p) = se * wV + ce * wY;
   }
+}
+
+void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float flex[36], Workspace& w,
+                       RealVector& packed) {
+  const int n = g.n;
+  CapMovementAndStresses(f, g, flex, w);
 
   // The stresses packed in the order of the unknowns, for the soil movements.
   for (int p = 1; p <= g.P; ++p) {
@@ -80,7 +83,11 @@ void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float fl
       packed(g.TorsionUnknown(p, k)) = w.StressTorsionInc(q);
     }
   }
+  LoadsDownEachPile(f, g, w);
+}
 
+void LoadsDownEachPile(const Foundation& f, const GroupLayout& g, Workspace& w) {
+  const int n = g.n;
   // Loads at the top of each element, summed from the toe up.
   for (int p = 1; p <= g.P; ++p) {
     const Pile& pile = f.Piles(p);

@@ -51,7 +51,10 @@ void PrepareGroupGeometry(Engine& e) {
   // rotation. Without an increment to carry them no load is applied at all.
   RealVector& inc = e.ws.CapLoadInc;
   if (inc.size() < 6) return;  // no workspace: the model checks before a run want the geometry only
-  const Actions& act = e.actions;
+  CapLoadOfOneIncrement(e.actions, f, inc);
+}
+
+void CapLoadOfOneIncrement(const Actions& act, const Foundation& f, RealVector& inc) {
   if (act.NumberOfIncrements < 1) {
     inc.fill(0.0f);
     return;

@@ -110,6 +110,19 @@ void BuildPileMatrix(Engine& e, int p) {
 }
 
 namespace {
+
+// Whether piles a and b have the same section, element by element and at the toe: the
+// tables hold, for each element, the section that its centre lies in, so they tell the
+// reinforced length and both sections apart wherever the difference reaches the matrix.
+bool SameSectionTables(const Workspace& w, int n, int a, int b) {
+  for (int k = 1; k <= n + 1; ++k) {
+    if (!Same(w.SectionEA(k, a), w.SectionEA(k, b)) || !Same(w.SectionEIx(k, a), w.SectionEIx(k, b)) ||
+        !Same(w.SectionEIy(k, a), w.SectionEIy(k, b)) || !Same(w.SectionGJ(k, a), w.SectionGJ(k, b)))
+      return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool PilesStructurallyAlike(const Pile& a, const Pile& b) {
@@ -129,7 +142,11 @@ void AssemblePileFlexibility(Engine& e, int p) {
           "AssemblePileFlexibility: workspace of another model");
   const int ref = e.project.ReferencePile;
   // pile_D still holds the matrix of the pile handled last; a pile like it takes it over.
-  const bool reuse = p != 1 && ref >= 1 && ref <= f.NumberOfPiles && PilesStructurallyAlike(f.Piles(ref), f.Piles(p));
+  bool reuse = p != 1 && ref >= 1 && ref <= f.NumberOfPiles && PilesStructurallyAlike(f.Piles(ref), f.Piles(p));
+  // The method compares the reinforced section alone, so a pile that differs only in its
+  // reinforced length or its unreinforced section would be given the other's matrix; the
+  // corrected mechanics compare the whole section table as well.
+  if (reuse && e.corrected_mechanics) reuse = SameSectionTables(e.ws, f.NumberOfElements, ref, p);
   if (!reuse) {
     BuildPileMatrix(e, p);
     if (e.project.Flag(4)) PrintPileMatrix(e, p);

@@ -14,6 +14,8 @@ struct Workspace;
 void ResetYieldCounters(Engine& e);
 // Soil entry points, centre of rotation and the load of one increment (CapLoadInc).
 void PrepareGroupGeometry(Engine& e);
+// The load of one increment of `loads`, moved to the centre of rotation, into inc (6).
+void CapLoadOfOneIncrement(const Actions& loads, const Foundation& f, RealVector& inc);
 // The four section tables.
 void PileStiffnessesAllPiles(Engine& e);
 // Limiting stress of every element (non-linear runs).
@@ -35,6 +37,10 @@ void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float fl
 // softening leaves it, in a non-linear run), or once G has become a linear run's system,
 // from G's blocks again, bit for bit the same.
 void FormSoilMovements(Engine& e, const RealVector& packed);
+// Its parts before and after the soil movement (SoilDispInc): the cap movement, the
+// element stresses and the pile head movements; the loads down each pile.
+void CapMovementAndStresses(const Foundation& f, const GroupLayout& g, const float flex[36], Workspace& w);
+void LoadsDownEachPile(const Foundation& f, const GroupLayout& g, Workspace& w);
 void SplitSoilDisplacements(const GroupLayout& g, Workspace& w);
 // The cap, stress and movement increments into the totals and the history.
 void AddMovementsToTotals(const GroupLayout& g, int increment, Workspace& w);

@@ -2,7 +2,6 @@
 
 #include <sys/resource.h>
 
-#include <algorithm>
 #include <climits>
 
 #include "engine/file_units.h"
@@ -14,52 +13,11 @@ namespace {
 
 using namespace testing_support;
 
-using Dims = std::pair<int, int>;
-Dims ShapeOf(const auto& m) { return {m.rows(), m.cols()}; }
-
 void SetShape(Engine& e, int piles, int elements, int increments, bool dynamic) {
   e.foundation.NumberOfPiles = piles;
   e.foundation.NumberOfElements = elements;
   e.actions.NumberOfIncrements = increments;
   e.project.DynamicModel = dynamic ? 1 : 0;
-}
-
-TEST(Workspace, ShapesFollowTheModelWhateverTheSolver) {
-  for (const bool dynamic : {true, false}) {
-    SCOPED_TRACE(dynamic ? "LAPACK" : "own solver");
-    Engine e;
-    Workspace& w = e.ws;
-    SetShape(e, 3, 2, 4, dynamic);  // M = 9, N = 27
-    ASSERT_EQ(CreateWorkspace(e), 1);
-    EXPECT_EQ(ShapeOf(w.Yielded), Dims(4, 27));
-    EXPECT_EQ(ShapeOf(w.D), Dims(9, 27));  // the piles' diagonal blocks side by side
-    EXPECT_EQ(ShapeOf(w.HeadTorque), Dims(3, 6));
-    // 33 + 14 vectors of N and P, 4 of 6; one N by N (G, which the system takes over)
-    // and D, Yielded, 3 M by M, 6 P by 6, 6 N by 6, 3 I by 6, 4 (n + 1) by P, the two
-    // P by P tables of G's blocks.
-    const std::size_t linear = 33 * 27 + 14 * 3 + 4 * 6 + 27 * 27 + 9 * 27 + 4 * 27 + 3 * 81 + 6 * 3 * 6 +
-                               6 * 27 * 6 + 3 * 4 * 6 + 4 * 3 * 3 + 2 * 3 * 3;
-    EXPECT_EQ(WorkspaceElements(w), linear);
-    ForEachArray(w, [](auto& a) {
-      if constexpr (requires { a.rows(); }) {
-        EXPECT_EQ(std::count(a.data(), a.data() + a.count(), 0), static_cast<long>(a.count()));
-      }
-    });
-    ReleaseWorkspace(e);
-    EXPECT_EQ(WorkspaceElements(w), 0u);
-    // A non-linear run adds the system matrix and the softening's decisions, three of N.
-    e.project.NonLinear = 1;
-    ASSERT_EQ(CreateWorkspace(e), 1);
-    EXPECT_EQ(ShapeOf(w.system.GD), Dims(27, 27));
-    EXPECT_EQ(WorkspaceElements(w), linear + 27 * 27 + 3 * 27);
-  }
-  Engine e;
-  SetShape(e, 2, 0, 0, true);  // M = 1 with no elements, N = 2, no increments
-  ASSERT_EQ(CreateWorkspace(e), 1);
-  EXPECT_EQ(ShapeOf(e.ws.soil_K), Dims(1, 1));
-  EXPECT_EQ(ShapeOf(e.ws.G), Dims(2, 2));
-  EXPECT_EQ(ShapeOf(e.ws.SectionEA), Dims(1, 2));
-  EXPECT_TRUE(e.ws.HistoryDisp.empty());
 }
 
 TEST(Workspace, VisitorReachesEveryArray) {

@@ -1,5 +1,5 @@
 // The engine as a host meets it: the LOG echo of its calls, the order of the callbacks over
-// a run, what a run leaves behind, and how opening, closing and running out of memory fail.
+// a run, what a run leaves behind, and how opening and closing fail.
 #include <algorithm>
 #include <fstream>
 #include <functional>
@@ -155,24 +155,6 @@ TEST_F(HostShell, FailedOpeningKeepsTheModelEachRunReplacesTheOutputsAndClosesSp
                                           "Closed LOG file", "Closing all files ..."}));
   const Lines log = ReadLines(Path("files.log"));
   EXPECT_EQ(std::count(log.begin(), log.end(), "Error opening XML output file: " + bad), 2);
-}
-
-TEST_F(HostShell, FarTooLargeModelFailsCleanly) {
-  recorder_register_all(1);
-  // 10000 piles of 50 elements: 2.01 million unknowns, whose vectors (8 MB each) are made,
-  // and then a matrix of 16 TB is asked for.
-  ASSERT_EQ(QuellonSetNumberOfPiles(10000), 1);
-  QuellonSetNumberOfPileElements(50);
-  recorder_clear();
-  EXPECT_EQ(QuellonRunAnalysis1(Path("large.xml").c_str()), 0);
-  const Lines ev = Events();
-  EXPECT_EQ(Messages(ev, 2), (Lines{"Insufficient virtual memory to proceed (creating 2D real matrix)",
-                                    "Error - insufficient memory/address space to create 2D matrices"}));
-  EXPECT_EQ(Messages(ev, 0), (Lines{kRunning, "Releasing memory ...",
-                                    "Finished running the boundary element analysis (failed)"}));
-  EXPECT_EQ(Find(ev, "create 1"), std::string::npos);
-  // The failed run reset the model.
-  EXPECT_EQ(QuellonGetBoreholeNumberOfLayers(), 0);
 }
 
 }  // namespace

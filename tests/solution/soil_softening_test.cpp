@@ -114,31 +114,6 @@ TEST(SoilSoftening, TransverseAndTorsionalFlagsClearAndCountAgain) {
   EXPECT_EQ(w.YieldCountAxial, 0);  // a partner's release isn't an axial yield
 }
 
-TEST(SoilSoftening, UnloadingNeedsTheAllowanceAndSixteenElements) {
-  // The carried neighbour sum at pile ends is left to the step-by-step comparison below.
-  for (int n : {15, 16}) {
-    for (int allowance : {0, 1}) {
-      SCOPED_TRACE(::testing::Message() << "n " << n << " allowance " << allowance);
-      System s(n, 2);
-      Workspace& w = s.w();
-      s.e.project.ElasticUnloading = allowance;
-      // Pile 1 element 5, yielded in X, neighbours moving the other way: S = -3.
-      w.Yielded(2, 5) = 1;
-      w.StressX(5) = 150.0f;
-      w.StressXInc(4) = -2.0f;
-      w.StressXInc(6) = -1.0f;
-      UpdateSoilFlexibility(s.e, 1);
-      const bool unloads = n > 15 && allowance == 1;
-      const int c = n + 1 + 5;
-      EXPECT_EQ(w.StressX(5), unloads ? 0.0f : 150.0f);
-      EXPECT_EQ(w.Yielded(2, 5), unloads ? 0 : 1);
-      EXPECT_EQ(static_cast<bool>(Released(w, c)), !unloads);
-      for (int i = 1; unloads && i <= s.N; ++i)  // elastic in the system matrix
-        ASSERT_EQ(w.system.GD(i, c), w.G(i, c) + PileFlexibility(w.D, i, c));
-    }
-  }
-}
-
 // The update done literally, one step after the other, with every release and restore
 // written straight into the matrices: the softened G into G, from the elastic G0.
 void StepByStepUpdate(Engine& e, const RealMatrix& G0, RealMatrix& G) {

@@ -1,6 +1,5 @@
 // Small models for the tests of the pile and group solution: an engine with its piles
-// and workspace, a synthetic soil matrix written straight into G, and a linear increment
-// run through the solution's routines.
+// and workspace, and a synthetic soil matrix written straight into G.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,7 +11,6 @@
 
 #include "engine/engine.h"
 #include "engine/model_tables.h"
-#include "engine/notify.h"
 #include "engine/workspace.h"
 #include "solution/group_stiffness.h"
 #include "solution/solution.h"
@@ -76,35 +74,5 @@ inline void Assemble(Engine& e) {
     BuildBoundaryConditionVectors(e, p);
   }
 }
-
-// One increment through the solution's routines in the order of a run, the host hearing
-// of the stiffness; 1 to go on, 0 at the axial capacity, -1 for a singular stiffness.
-inline int RunIncrement(Engine& e, int i) {
-  Solve(e, i);
-  SplitTractions(e);
-  CalcHeadLoads(e, i);
-  const GroupLayout g = LayoutOf(e);
-  float k[36], grmat[36];
-  AssembleGroupStiffness(e.foundation, e.ws, k);
-  GroupStiffnessExternal(k, grmat);
-  NotifyStiffnesses(e, i, grmat);
-  if (!InvertMatrix(k, 6, 6)) return -1;
-  RealVector packed;
-  packed.resize(g.N);
-  SpreadCapMovement(e.foundation, g, k, e.ws, packed);
-  FormSoilMovements(e, packed);
-  SplitSoilDisplacements(g, e.ws);
-  AddMovementsToTotals(g, i, e.ws);
-  if (e.project.NonLinear) UpdateSoilFlexibility(e, i);
-  AddLoadsToTotals(e.foundation, g, e.ws);
-  return AxialCapacityUsedUp(g, e.ws) ? 0 : 1;
-}
-
-// The 6 by 6 group stiffness as the host receives it, column-major, external axes.
-struct StiffnessCapture {
-  static inline float grmat[36];
-  static void Receive(const float* g) { std::copy(g, g + 36, grmat); }
-  static void Attach(Engine& e) { e.callbacks.SendStiffnessMatrix = &Receive; }
-};
 
 }  // namespace quellon::testing
