@@ -300,8 +300,10 @@ QUELLON_API int QuellonGetMechanics(void);
  * on the loads: the torsion between near piles enters the soil flexibility only when a
  * torque about Z (Mz) is applied. The cases that differ from the run's own loads in
  * that respect are worked alike from a second assembly of the blocks between piles and
- * a second factorisation, made once for all of them. The results are those of a
- * separate run with the case's loads as its Actions, to single-precision rounding.
+ * a second factorisation, made once for all of them (in the corrected mechanics, see
+ * QuellonSetMechanics, that torsion is assembled under any load, and one system serves
+ * every case). The results are those of a separate run with the case's loads as its
+ * Actions, to single-precision rounding.
  * A non-linear run works each case along its own path of increments (as many as the
  * run's), one case after another, each from the elastic state, reusing the run's
  * assembled elastic soil and pile matrices and its limiting stresses; a case whose path
