@@ -39,6 +39,7 @@
 #include "engine/phase_timer.h"
 #include "engine/run_analysis.h"
 #include "engine/workspace.h"
+#include "square_group.h"
 #include "soil/soil.h"
 #include "solution/lapack.h"
 #include "solution/solution.h"
@@ -59,52 +60,7 @@ struct Case {
 // ---- The model ----------------------------------------------------------------------
 
 void BuildModel(Engine& e, const Case& c) {
-  ResetProject(e);
-  ResetActions(e);
-  CreateLayers(e, 2);
-  Layer& top = e.borehole.Layers(1);
-  top.DepthToTop = 0.0f;
-  top.Ev = 20000.0f;
-  top.dEv = 1000.0f;
-  top.Eh = 15000.0f;
-  top.dEh = 700.0f;
-  top.Poisson = 0.4f;
-  top.GroundType = kFineSoil;
-  top.cu = 40.0f;
-  top.dcu = 4.0f;
-  top.alpha = 0.6f;
-  top.WeightDensity = 8.0f;
-  Layer& deep = e.borehole.Layers(2);
-  deep.DepthToTop = 12.0f;
-  deep.Ev = 80000.0f;
-  deep.dEv = 2000.0f;
-  deep.Eh = 60000.0f;
-  deep.dEh = 1500.0f;
-  deep.Poisson = 0.3f;
-  deep.GroundType = kFineSoil;
-  deep.cu = 120.0f;
-  deep.dcu = 6.0f;
-  deep.alpha = 0.5f;
-  deep.WeightDensity = 10.0f;
-  e.borehole.LayerAveraging = 2;
-  e.borehole.DepthToRigidLayer = 45.0f;
-
-  const int P = c.piles;
-  const int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(P))));
-  CreatePiles(e, P);
-  e.foundation.NumberOfElements = c.elements;
-  for (int p = 1; p <= P; ++p) {
-    Pile& pile = e.foundation.Piles(p);
-    pile.Number = p;
-    pile.Length = 20.0f;
-    pile.ShaftDiameter = pile.BaseDiameter = 0.8f;
-    pile.X = 3.0f * static_cast<float>((p - 1) % columns);
-    pile.Y = 3.0f * static_cast<float>((p - 1) / columns);
-    pile.ReinforcedLength = 20.0f;
-    pile.EA = pile.UnreinforcedEA = 1.5e7f;
-    pile.EIx = pile.EIy = pile.UnreinforcedEIx = pile.UnreinforcedEIy = 6.0e5f;
-    pile.GJ = pile.UnreinforcedGJ = 4.6e5f;
-  }
+  FillSquareClayGroup(e, c.piles, c.elements);
 
   Project& pr = e.project;
   pr.NonLinear = c.nonlinear ? 1 : 0;
@@ -121,7 +77,7 @@ void BuildModel(Engine& e, const Case& c) {
 
   // Per pile: 1500 kN down, 40 kN along X, a moment about Y; a torque of 60 kNm a pile.
   // The non-linear runs take the load to well past the first yield in five steps.
-  const float scale = static_cast<float>(P);
+  const float scale = static_cast<float>(c.piles);
   e.actions.Fz = 1500.0f * scale;
   e.actions.Fx = 40.0f * scale;
   e.actions.My = 30.0f * scale;

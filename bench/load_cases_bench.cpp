@@ -25,6 +25,7 @@
 #include "engine/engine.h"
 #include "engine/model_tables.h"
 #include "engine/run_analysis.h"
+#include "square_group.h"
 
 namespace quellon {
 namespace {
@@ -33,45 +34,7 @@ constexpr int kPiles = 50;
 constexpr int kElements = 50;
 
 void BuildModel(Engine& e, bool pile_tables) {
-  ResetProject(e);
-  ResetActions(e);
-  CreateLayers(e, 2);
-  Layer& top = e.borehole.Layers(1);
-  top.Ev = 20000.0f;
-  top.dEv = 1000.0f;
-  top.Eh = 15000.0f;
-  top.dEh = 700.0f;
-  top.Poisson = 0.4f;
-  top.GroundType = kFineSoil;
-  top.cu = 40.0f;
-  top.alpha = 0.6f;
-  Layer& deep = e.borehole.Layers(2);
-  deep.DepthToTop = 12.0f;
-  deep.Ev = 80000.0f;
-  deep.dEv = 2000.0f;
-  deep.Eh = 60000.0f;
-  deep.dEh = 1500.0f;
-  deep.Poisson = 0.3f;
-  deep.GroundType = kFineSoil;
-  deep.cu = 120.0f;
-  deep.alpha = 0.5f;
-  e.borehole.LayerAveraging = 2;
-  e.borehole.DepthToRigidLayer = 45.0f;
-
-  const int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(kPiles))));
-  CreatePiles(e, kPiles);
-  e.foundation.NumberOfElements = kElements;
-  for (int p = 1; p <= kPiles; ++p) {
-    Pile& pile = e.foundation.Piles(p);
-    pile.Number = p;
-    pile.Length = pile.ReinforcedLength = 20.0f;
-    pile.ShaftDiameter = pile.BaseDiameter = 0.8f;
-    pile.X = 3.0f * static_cast<float>((p - 1) % columns);
-    pile.Y = 3.0f * static_cast<float>((p - 1) / columns);
-    pile.EA = pile.UnreinforcedEA = 1.5e7f;
-    pile.EIx = pile.EIy = pile.UnreinforcedEIx = pile.UnreinforcedEIy = 6.0e5f;
-    pile.GJ = pile.UnreinforcedGJ = 4.6e5f;
-  }
+  FillSquareClayGroup(e, kPiles, kElements);
   Project& pr = e.project;
   pr.InteractionFlag = 1;
   pr.AutoNq = 1;
