@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/utilities.h"
 #include "engine/workspace.h"
 #include "soil/soil.h"
@@ -126,8 +127,9 @@ void FormSoilMovements(Engine& e, const RealVector& packed) {
   float* out = w.SoilDispInc.data();
   const float* t = packed.data();
   if (w.G.rows() != N || w.G.cols() != N) {
-    // G has become the system: its blocks come from the assembly's tables or the kernels.
-    if (!SoilFlexibilityTimes(e, t, out)) std::fill(out, out + N, 0.0f);
+    // G has become the system: its blocks come from the assembly's tables or the kernels,
+    // which the assembly of this workspace has always left behind.
+    Require(SoilFlexibilityTimes(e, t, out), "FormSoilMovements: no soil flexibility to multiply by");
     return;
   }
   // Each thread takes a band of rows and runs through the columns in their order, so that
