@@ -94,19 +94,20 @@ bool Straight(const Pile& pile) { return IsZero(pile.RakeX) && IsZero(pile.RakeY
 
 // The own block of pile p: transverse blocks (the first of which clears soil_K), axial
 // and base block with its rigid layer correction, and torsion.
-void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, PhaseTimer* timer, RealMatrix& soil_K) {
+void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p, PhaseTimer* timer,
+                       RealMatrix& soil_K) {
   if (Straight(pile)) {
-    BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
+    BuildTransverseSoilFlexibilityMatrices(g, pile, frame, soil_K);
   } else {
     // A rake of either direction: each block with its own rake. (A rake of exactly 1e-20
     // counts as a rake here; both ways give the same values.)
-    BuildTransverseXSoilFlexibilityMatrix(g, pile, soil_K);
-    BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K);
+    BuildTransverseXSoilFlexibilityMatrix(g, pile, frame, soil_K);
+    BuildTransverseYSoilFlexibilityMatrix(g, pile, frame, soil_K);
   }
-  BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
-  if (IsNonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
+  BuildAxialSoilFlexibilityMatrix(g, pile, frame, p, soil_K);
+  if (IsNonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, frame, p, soil_K);
   PhaseScope torsion(timer, Phase::kTorsion);
-  BuildTorsionalSoilFlexibilityMatrix(g, pile, p, soil_K);
+  BuildTorsionalSoilFlexibilityMatrix(g, pile, frame, p, soil_K);
 }
 
 // Copies the torsion block (rows and columns 3n + 2..4n + 1) of an M by M block into G
@@ -269,7 +270,8 @@ void CopyTorsionPart(const RealMatrix& block, int n, float* to) {
 std::vector<PileAxis> AxesOf(const Engine& e, const SoilGround& g) {
   std::vector<PileAxis> axes;
   axes.reserve(static_cast<std::size_t>(e.foundation.NumberOfPiles));
-  for (int q = 1; q <= e.foundation.NumberOfPiles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
+  for (int q = 1; q <= e.foundation.NumberOfPiles; ++q)
+    axes.push_back(MakePileAxis(g, e.foundation.Piles(q), e.foundation.Frame(q), q));
   return axes;
 }
 
@@ -426,7 +428,7 @@ void AssembleSoilFlexibility(Engine& e, int p) {
       LogLine(e, "BuildTransverseXSoilFlexibilityMatrix, line 27");
       LogLine(e, "BuildTransverseYSoilFlexibilityMatrix, line 26");
     }
-    BuildOwnSoilBlock(g, pile, p, e.timer, e.ws.soil_K);
+    BuildOwnSoilBlock(g, pile, e.foundation.Frame(p), p, e.timer, e.ws.soil_K);
   }
   CopyBlock(e.ws.soil_K, p, p, G);
   if (HasBlockStates(e.ws, piles)) e.ws.SoilBlockState(p, p) = StateOf(e.ws.soil_K);
@@ -477,7 +479,7 @@ bool SoilFlexibilityTimes(Engine& e, const float* t, float* out) {
           } else {
             if (own_source != source) {
               if (own.empty()) own.resize(M, M);
-              BuildOwnSoilBlock(g, e.foundation.Piles(source), source, nullptr, own);
+              BuildOwnSoilBlock(g, e.foundation.Piles(source), e.foundation.Frame(source), source, nullptr, own);
               own_source = source;
             }
             B = own.data();

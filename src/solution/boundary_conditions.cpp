@@ -28,13 +28,13 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
   const int r = (p - 1) * UnknownsPerPile(e);
   RealMatrix& U = e.ws.UBCV;
 
-  const float a = DegreesToRadians(pile.RakeX);
-  const float ey = DegreesToRadians(pile.RakeY);
-  const float ca = std::cos(a), sa = std::sin(a), ta = std::tan(a);
-  const float ce = std::cos(ey), se = std::sin(ey), te = std::tan(ey);
+  const PileFrame& fr = f.Frame(p);
+  const float a = fr.a, ey = fr.e;
+  const float ca = fr.ca, sa = fr.sa, ta = fr.ta;
+  const float ce = fr.ce, se = fr.se, te = fr.te;
   const float F = f.FreeStandingLength;
-  const float h = pile.Length / static_cast<float>(n);
-  const float Fs = F / (ca * ce);
+  const float h = fr.h;
+  const float Fs = fr.free_length;
 
   // Polar position of the head about the centre of rotation, and the movement of the
   // head when the cap turns by one radian about that centre.
@@ -75,7 +75,7 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
   }
 
   for (int i = 1; i <= n; ++i) {
-    const float t = static_cast<float>(i) - 0.5f;
+    const float t = CentreSteps(i);
     const float d = Fs + h * t;               // distance from the cap along the pile
     const float ax = F * ta + t * h * sa;     // offset of the element from the head, X
     const float ay = F * te + t * h * se;     // offset of the element from the head, Y
@@ -166,7 +166,7 @@ void CalcHeadLoads(Engine& e, int increment) {
       const int rq = (p - 1) * n;
       float shear = 0.0f, sx = 0.0f, mx = 0.0f, sy = 0.0f, my = 0.0f, st = 0.0f;
       for (int k = 1; k <= n; ++k) {
-        const float z = (static_cast<float>(k) - 0.5f) * h;  // depth below the soil entry
+        const float z = CentreSteps(k) * h;  // depth below the soil entry
         shear = shear + w.UnitStressAxial(ra + k, c);
         sx = sx + w.UnitStressX(rq + k, c);
         mx = mx + z * w.UnitStressX(rq + k, c);

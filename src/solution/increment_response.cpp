@@ -54,9 +54,8 @@ void CapMovementAndStresses(const Foundation& f, const GroupLayout& g, const flo
   const float r5 = std::sqrt(std::fmax(d5 * d5 - s5 * s5, 0.0f));
   for (int p = 1; p <= g.P; ++p) {
     const Pile& pile = f.Piles(p);
-    const float a = DegreesToRadians(pile.RakeX);
-    const float ey = DegreesToRadians(pile.RakeY);
-    const float ca = std::cos(a), sa = std::sin(a), ce = std::cos(ey), se = std::sin(ey);
+    const PileFrame& fr = f.Frame(p);
+    const float ca = fr.ca, sa = fr.sa, ce = fr.ce, se = fr.se;
     const float dx = pile.X - f.CentreOfRotationX;
     const float dy = pile.Y - f.CentreOfRotationY;
     const float wV = d1 + s3 * dx + s5 * dy;

@@ -176,9 +176,7 @@ void LimitingStressesAllPiles(Engine& e) {
   float shaft = 0.0f, lateral_x = 0.0f, lateral_y = 0.0f, base = 0.0f;
   for (int p = 1; p <= P; ++p) {
     const Pile& pile = f.Piles(p);
-    const float a = DegreesToRadians(pile.RakeX);
-    const float b = DegreesToRadians(pile.RakeY);
-    const float Lz = std::cos(a) * std::cos(b) * pile.Length;  // vertical depth of the embedded pile
+    const float Lz = f.Frame(p).vertical;  // vertical depth of the embedded pile
     const SpacingRatios s = have_work ? GroupSpacingRatios(e, p, ax, ay) : SpacingRatios{};
 
     if (n > 0) {

@@ -27,10 +27,9 @@ void BuildPileMatrix(Engine& e, int p) {
   const float L = pile.Length;
   const float Ds = pile.ShaftDiameter;
   const float Db = pile.BaseDiameter;
-  const float a = DegreesToRadians(pile.RakeX);
-  const float ey = DegreesToRadians(pile.RakeY);
-  const float h = L / nf;
-  const float Fs = e.foundation.FreeStandingLength / (std::cos(a) * std::cos(ey));
+  const PileFrame& fr = e.foundation.Frame(p);
+  const float h = fr.h;
+  const float Fs = fr.free_length;
   const float As = kPi * Ds * L / nf;  // shaft area of one element
   const float Ab = kPi * (Db * Db) / 4.0f;
 
@@ -39,7 +38,7 @@ void BuildPileMatrix(Engine& e, int p) {
   auto EIy = [&](int k) { return w.SectionEIy(k, p); };
   auto GJ = [&](int k) { return w.SectionGJ(k, p); };
   // Distance from the cap to the centre of element i.
-  auto s = [&](int i) { return Fs + (static_cast<float>(i) - 0.5f) * h; };
+  auto s = [&](int i) { return Fs + CentreSteps(i) * h; };
 
   // Axial: a unit shear on element j is a force As at its centre; the column shortens
   // between the cap and the nearer of the two centres. On the element itself the force
