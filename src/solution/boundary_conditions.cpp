@@ -156,7 +156,7 @@ void CalcHeadLoads(Engine& e, int increment) {
       const float L = pile.Length;
       const float Ds = pile.ShaftDiameter;
       const float Db = pile.BaseDiameter;
-      const float h = L / nf;
+      const float h = e.foundation.Frame(p).h;
       const float As = kPi * Ds * L / nf;
       const float Ab = kPi * (Db * Db) / 4.0f;
       const float width = Ds * L / nf;  // projected area of one element

@@ -93,7 +93,7 @@ void LoadsDownEachPile(const Foundation& f, const GroupLayout& g, Workspace& w) 
     const Pile& pile = f.Piles(p);
     const float Ds = pile.ShaftDiameter;
     const float Db = pile.BaseDiameter;
-    const float h = pile.Length / static_cast<float>(n);
+    const float h = f.Frame(p).h;
     const float Ab = kPi * (Db * Db) / 4.0f;
     const int base = g.AxialRow(p, n + 1);
     w.LoadAxialInc(base) = Ab * w.StressAxialInc(base);
