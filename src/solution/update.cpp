@@ -2,7 +2,6 @@
 // the running totals, the loads at each pile head, and the test whether the group can
 // carry more load. The softening between the two additions is in soil_softening.cpp;
 // the driver interleaves these with the reports and the host's callbacks.
-#include <cmath>
 
 #include "engine/utilities.h"
 #include "engine/workspace.h"
