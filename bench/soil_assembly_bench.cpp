@@ -50,6 +50,7 @@ void BuildGroup(Engine& e, float Mz) {
   }
   e.project.InteractionFlag = 1;
   e.actions.Mz = Mz;
+  MakePileFrames(e.foundation);
   const int M = UnknownsPerPile(e);
   const int N = NumberOfUnknowns(e);
   Create2DRealMatrix(e, e.ws.G, N, N);

@@ -30,20 +30,10 @@ int QuellonAddLoadCase(const char* name, int count, double fx, double fy, double
     LoadCase c;
     c.name = std::string(HostTextPrefix(name, count));
     Actions& a = c.loads;
-    a.Fx = Narrow(fx);
-    a.Fy = Narrow(fy);
-    a.Fz = Narrow(fz);
-    a.Mx = Narrow(mx);
-    a.My = Narrow(my);
-    a.Mz = Narrow(mz);
-    a.X = Narrow(x);
-    a.Y = Narrow(y);
     a.NumberOfIncrements = 1;
     EchoName(e, "AddLoadCase...");
     EchoValues(e, "Name = " + c.name);
-    EchoValues(e, "Fx = " + Fix(a.Fx, 2) + ", Fy = " + Fix(a.Fy, 2) + ", Fz = " + Fix(a.Fz, 2));
-    EchoValues(e, "Mx = " + Fix(a.Mx, 2) + ", My = " + Fix(a.My, 2) + ", Mz = " + Fix(a.Mz, 2));
-    EchoValues(e, "Load, x = " + Fix(a.X, 2) + ", y = " + Fix(a.Y, 2));
+    StoreCapLoads(e, a, fx, fy, fz, mx, my, mz, x, y);
     // A number that is out of float range or not a number would spoil every result of
     // the case; it is refused here, where the host can still tell which case it was.
     if (!AllFinite({a.Fx, a.Fy, a.Fz, a.Mx, a.My, a.Mz, a.X, a.Y})) {

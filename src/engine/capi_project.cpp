@@ -136,19 +136,8 @@ int QuellonSetNumberOfLoadIncrements(int n) {
 
 int QuellonSetActions(double fx, double fy, double fz, double mx, double my, double mz, double x, double y) {
   return ModelSetter([&](Engine& e) {
-    Actions& a = e.actions;
     EchoName(e, "SetActions...");
-    a.Fx = Narrow(fx);
-    a.Fy = Narrow(fy);
-    a.Fz = Narrow(fz);
-    a.Mx = Narrow(mx);
-    a.My = Narrow(my);
-    a.Mz = Narrow(mz);
-    a.X = Narrow(x);
-    a.Y = Narrow(y);
-    EchoValues(e, "Fx = " + Fix(a.Fx, 2) + ", Fy = " + Fix(a.Fy, 2) + ", Fz = " + Fix(a.Fz, 2));
-    EchoValues(e, "Mx = " + Fix(a.Mx, 2) + ", My = " + Fix(a.My, 2) + ", Mz = " + Fix(a.Mz, 2));
-    EchoValues(e, "Load, x = " + Fix(a.X, 2) + ", y = " + Fix(a.Y, 2));
+    StoreCapLoads(e, e.actions, fx, fy, fz, mx, my, mz, x, y);
     return 1;
   });
 }

@@ -85,9 +85,7 @@ inline GroupLayout LayoutOf(const Engine& e) {
   return GroupLayout(e.foundation.NumberOfElements, e.foundation.NumberOfPiles);
 }
 inline int ElementCount(const Engine& e) { return e.foundation.NumberOfElements; }
-inline int UnknownsPerPile(const Engine& e) { return 4 * e.foundation.NumberOfElements + 1; }
-inline int NumberOfUnknowns(const Engine& e) {
-  return (4 * e.foundation.NumberOfElements + 1) * e.foundation.NumberOfPiles;
-}
+inline int UnknownsPerPile(const Engine& e) { return LayoutOf(e).M; }
+inline int NumberOfUnknowns(const Engine& e) { return LayoutOf(e).N; }
 
 }  // namespace quellon

@@ -20,6 +20,13 @@ struct GroupLayout {
   int XUnknown(int p, int k) const { return (p - 1) * M + n + 1 + k; }
   int YUnknown(int p, int k) const { return (p - 1) * M + 2 * n + 1 + k; }
   int TorsionUnknown(int p, int k) const { return (p - 1) * M + 3 * n + 1 + k; }
+  // The same within one pile's block of M unknowns (pile 1's numbers), as the pile and
+  // soil matrices of a pile are indexed.
+  int XInPile(int k) const { return n + 1 + k; }
+  int YInPile(int k) const { return 2 * n + 1 + k; }
+  int TorsionInPile(int k) const { return 3 * n + 1 + k; }
+  // The pile whose block holds unknown u.
+  int PileOfUnknown(int u) const { return (u - 1) / M + 1; }
   // Rows of the axial tables (k = n + 1: the toe) and of the element tables.
   int AxialRow(int p, int k) const { return (p - 1) * (n + 1) + k; }
   int ElementRow(int p, int k) const { return (p - 1) * n + k; }

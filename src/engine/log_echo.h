@@ -49,4 +49,21 @@ void StoreText(FixedText<N>& field, const char* text, int count) {
 inline float Narrow(double v) { return static_cast<float>(v); }
 inline Logical FromHostBool(quellon_bool v) { return static_cast<Logical>(v); }
 
+// The eight cap loads of a host (three forces, three moments and the plan point they act
+// at), narrowed into a and echoed as the model's loads and every load case's are.
+inline void StoreCapLoads(Engine& e, Actions& a, double fx, double fy, double fz, double mx, double my, double mz,
+                          double x, double y) {
+  a.Fx = Narrow(fx);
+  a.Fy = Narrow(fy);
+  a.Fz = Narrow(fz);
+  a.Mx = Narrow(mx);
+  a.My = Narrow(my);
+  a.Mz = Narrow(mz);
+  a.X = Narrow(x);
+  a.Y = Narrow(y);
+  EchoValues(e, "Fx = " + Fix(a.Fx, 2) + ", Fy = " + Fix(a.Fy, 2) + ", Fz = " + Fix(a.Fz, 2));
+  EchoValues(e, "Mx = " + Fix(a.Mx, 2) + ", My = " + Fix(a.My, 2) + ", Mz = " + Fix(a.Mz, 2));
+  EchoValues(e, "Load, x = " + Fix(a.X, 2) + ", y = " + Fix(a.Y, 2));
+}
+
 }  // namespace quellon

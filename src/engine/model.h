@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "engine/fixed_text.h"
+#include "engine/internal_error.h"
+#include "engine/pile_frame.h"
 #include "quellon.h"
 
 namespace quellon {
@@ -124,9 +126,16 @@ struct Foundation {
   float FreeStandingLength = 0;
   std::int32_t CapStiffness = 0;
   QuellonCentreOfRotationFn CentreOfRotationCallback = nullptr;
+  // The frame of each pile, made from the piles by the group geometry at the start of a
+  // run or a check ([p - 1]); what follows reads it in place of the rakes.
+  std::vector<PileFrame> Frames;
 
   Pile& Piles(int i) { return PileTable[static_cast<std::size_t>(i - 1)]; }
   const Pile& Piles(int i) const { return PileTable[static_cast<std::size_t>(i - 1)]; }
+  const PileFrame& Frame(int i) const {
+    Require(i >= 1 && static_cast<std::size_t>(i) <= Frames.size(), "Foundation::Frame: no frame made for this pile");
+    return Frames[static_cast<std::size_t>(i - 1)];
+  }
 };
 
 }  // namespace quellon

@@ -171,13 +171,11 @@ int CheckLayers(Engine& e) {
 // positive, since a host that reinforces the whole pile may leave the other unset.
 int CheckSections(Engine& e, const Pile& pile, int p) {
   const int n = e.foundation.NumberOfElements;
-  const float h = pile.Length / static_cast<float>(n);
   bool reinforced = false, unreinforced = false;
-  float depth = h / 2.0f;
+  SteppedCentres centre(e.foundation.Frame(p).h);
   for (int k = 1; k <= n + 1; ++k) {
-    const float at = k == n + 1 ? pile.Length : depth;
+    const float at = k == n + 1 ? pile.Length : centre();
     (at <= pile.ReinforcedLength ? reinforced : unreinforced) = true;
-    depth = depth + h;
   }
   const char* names[4] = {"axial stiffness EA", "flexural stiffness EIx", "flexural stiffness EIy",
                           "torsional stiffness GJ"};
@@ -295,9 +293,9 @@ int CheckGroundAlongPiles(Engine& e) {
   float deepest = 0.0f;  // vertical reach of the longest pile
   for (int p = 1; p <= f.NumberOfPiles; ++p) {
     const Pile& pile = f.Piles(p);
-    const float ca = std::cos(DegreesToRadians(pile.RakeX));
-    const float ce = std::cos(DegreesToRadians(pile.RakeY));
-    const float vertical = ca * ce * pile.Length;
+    const PileFrame& fr = f.Frame(p);
+    const float ca = fr.ca, ce = fr.ce;
+    const float vertical = fr.vertical;
     const float bottom = z0 + std::max(ca, ce) * pile.Length;
     const float rows_below = 3.5f * vertical / static_cast<float>(f.NumberOfElements);
     const float bottom_v = b.LayerAveraging == 1 ? bottom : std::max(bottom, z0 + vertical + rows_below);
@@ -380,7 +378,7 @@ int CheckStrengthsAlongPiles(Engine& e) {
   const float z0 = f.Piles(1).SoilEntryZ;
   for (int p = 1; p <= f.NumberOfPiles && result != 0; ++p) {
     const Pile& pile = f.Piles(p);
-    const float Lz = std::cos(DegreesToRadians(pile.RakeX)) * std::cos(DegreesToRadians(pile.RakeY)) * pile.Length;
+    const float Lz = f.Frame(p).vertical;
     ForEachStretch(b, z0, z0 + Lz, [&](int i, float, float, bool) { check(i); });
     const float base = Lz + pile.SoilEntryZ;
     int at = 0;

@@ -108,6 +108,7 @@ void ReleaseBorehole(Engine& e) {
 void ReleaseFoundation(Engine& e) {
   Foundation& f = e.foundation;
   std::vector<Pile>().swap(f.PileTable);
+  std::vector<PileFrame>().swap(f.Frames);
   f.PilesCreated = false;
   f.NumberOfPiles = 0;
   f.NumberOfElements = 0;

@@ -16,10 +16,10 @@ namespace {
 
 // Where an unknown of the group (1 .. N, pile after pile) stands, in words.
 std::string UnknownText(const Engine& e, int u) {
-  const int n = e.foundation.NumberOfElements;
-  const int M = UnknownsPerPile(e);
-  const int p = (u - 1) / M + 1;
-  const int k = u - (p - 1) * M;
+  const GroupLayout g = LayoutOf(e);
+  const int n = g.n;
+  const int p = g.PileOfUnknown(u);
+  const int k = u - g.PileStart(p);
   const std::string pile = " of pile " + std::to_string(p);
   if (k <= n) return "the axial unknown of element " + std::to_string(k) + pile;
   if (k == n + 1) return "the base" + pile;
@@ -161,8 +161,9 @@ int CheckLimitingStresses(Engine& e) {
 }
 
 int CheckSoilFlexibilityRows(Engine& e, int p) {
-  const int M = UnknownsPerPile(e);
-  const int N = NumberOfUnknowns(e);
+  const GroupLayout g = LayoutOf(e);
+  const int M = g.M;
+  const int N = g.N;
   const RealMatrix& G = e.ws.G;
   if (G.rows() < N || G.cols() < N || p < 1) return 1;
   int row = 0, col = 0;
@@ -175,10 +176,10 @@ int CheckSoilFlexibilityRows(Engine& e, int p) {
   if (known) {
     for (int q = 1; q <= piles && !found; ++q) {
       if (state(p, q) == kBlockFinite) continue;
-      found = FindInBlock(G, (p - 1) * M + 1, M, (q - 1) * M + 1, q * M, row, col);
+      found = FindInBlock(G, g.PileStart(p) + 1, M, g.PileStart(q) + 1, g.PileStart(q) + M, row, col);
     }
   } else {
-    found = FindInBlock(G, (p - 1) * M + 1, M, 1, N, row, col);
+    found = FindInBlock(G, g.PileStart(p) + 1, M, 1, N, row, col);
   }
   if (!found) return 1;
   return Fail(e, "the soil flexibility of " + UnknownText(e, row) + " under a load on " + UnknownText(e, col) +
@@ -187,13 +188,14 @@ int CheckSoilFlexibilityRows(Engine& e, int p) {
 }
 
 int CheckPileMatrices(Engine& e) {
-  const int M = UnknownsPerPile(e);
-  const int N = NumberOfUnknowns(e);
+  const GroupLayout g = LayoutOf(e);
+  const int M = g.M;
+  const int N = g.N;
   const Workspace& w = e.ws;
   int row = 0, col = 0;
   if (w.D.rows() >= N && w.D.cols() >= N) {
     for (int p = 1; p <= e.foundation.NumberOfPiles; ++p) {
-      const int first = (p - 1) * M + 1;
+      const int first = g.PileStart(p) + 1;
       if (FindInBlock(w.D, first, M, first, first + M - 1, row, col))
         return Fail(e, "the pile flexibility of pile " + std::to_string(p) +
                            " is not a finite number: its dimensions or section stiffnesses are beyond single "

@@ -17,16 +17,6 @@ namespace quellon {
 
 namespace {
 
-// The group's counts: n elements, P piles, M unknowns per pile, N of the group.
-struct Counts {
-  int n, P, M, N;
-};
-Counts CountsOf(const Engine& e) {
-  const int n = e.foundation.NumberOfElements;
-  const int P = e.foundation.NumberOfPiles;
-  return {n, P, 4 * n + 1, (4 * n + 1) * P};
-}
-
 // The tables of the unit cap movements are K wide, but only six columns hold values.
 constexpr int kUnitColumns = 6;
 
@@ -53,7 +43,7 @@ void PrintLimitingStresses(Engine& e) {
 void WriteSinglePileMatrix(Engine& e, int pile) {
   if (!TXTOpen(e) || !e.project.Flag(3)) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   out.line("");
   out.line("Soil stiffness matrix soil_K for pile number   " + FormatInt(PileNumber(e, pile), 3));
   // The pile's diagonal block of G, copied out so that it prints as a matrix of its own.
@@ -64,7 +54,7 @@ void WriteSinglePileMatrix(Engine& e, int pile) {
     LogLine(e, text);
     return;
   }
-  const int offset = (pile - 1) * c.M;
+  const int offset = c.PileStart(pile);
   if (pile >= 1 && offset + c.M <= e.ws.G.rows() && offset + c.M <= e.ws.G.cols()) {
     for (int j = 1; j <= c.M; ++j)
       for (int i = 1; i <= c.M; ++i) block(i, j) = e.ws.G(offset + i, offset + j);
@@ -76,7 +66,7 @@ void WriteSinglePileMatrix(Engine& e, int pile) {
 void PrintPileMatrix(Engine& e, int pile) {
   if (!TXTOpen(e) || !e.project.Flag(4)) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   out.line("Pile matrix for pile number   " + FormatInt(PileNumber(e, pile), 3));
   PrintMatrix(e, out, e.ws.pile_D, c.M, c.M);
 }
@@ -84,7 +74,7 @@ void PrintPileMatrix(Engine& e, int pile) {
 void PrintIncrementHead(Engine& e, int increment) {
   if (!TXTOpen(e)) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   if (e.project.Flag(19)) {
     out.line("");
     out.line(Repeat('*', 77));
@@ -110,7 +100,7 @@ void PrintIncrementHead(Engine& e, int increment) {
 void PrintSolveVectors(Engine& e) {
   if (!TXTOpen(e)) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   if (e.project.Flag(9)) {
     out.line("UBCV -boundary condition vectors of the group");
     PrintMatrix(e, out, e.ws.UBCV, c.N, kUnitColumns);
@@ -124,7 +114,7 @@ void PrintSolveVectors(Engine& e) {
 void PrintUnitStresses(Engine& e) {
   if (!TXTOpen(e) || !e.project.Flag(12)) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   const Workspace& w = e.ws;
   out.line("");
   out.line("Axial stresses due to unit displmnt bound. conditions");
@@ -143,7 +133,7 @@ void PrintUnitStresses(Engine& e) {
 void PrintUnitHeadLoads(Engine& e) {
   if (!TXTOpen(e) || !e.project.Flag(20)) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   const Workspace& w = e.ws;
   out.line("");
   out.line(" Pile-head axial loads due to unit displ. boundary conditions");
@@ -163,7 +153,7 @@ void PrintUnitHeadLoads(Engine& e) {
 void PrintIncrementalDisplacements(Engine& e) {
   if (!TXTOpen(e) || !e.project.Flag(17)) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   const Workspace& w = e.ws;
   out.line("");
   out.line("Increm. axial pile displacements (at element centre)");
@@ -181,7 +171,7 @@ bool ReportShowsSystemMatrix(const Engine& e) { return TXTOpen(e) && e.project.N
 void PrintNonLinearMatrices(Engine& e, int increment) {
   if (!TXTOpen(e) || !e.project.NonLinear) return;
   ReportOut out = TXTOut(e);
-  const Counts c = CountsOf(e);
+  const GroupLayout c = LayoutOf(e);
   if (e.project.Flag(5)) {
     out.line("G -Non-linear soil flexib. matrix of the group at increm.no." + FormatInt(increment, 4));
     const Workspace& w = e.ws;

@@ -109,9 +109,10 @@ void WriteHeadElement(TextFile& out, const Engine& e, int p, int in) {
 // axial ones (whose row n + 1 of a pile is the toe).
 void WriteShaftElement(TextFile& out, const Engine& e, const Pile& pile, int p, int k, int in) {
   const Workspace& ws = e.ws;
-  const int n = e.foundation.NumberOfElements;
-  const int q = (p - 1) * n + k;
-  const int r = (p - 1) * (n + 1) + k;
+  const GroupLayout g = LayoutOf(e);
+  const int n = g.n;
+  const int q = g.ElementRow(p, k);
+  const int r = g.AxialRow(p, k);
   const int c = in + 4;
   WriteXMLLine(out, in, "<Element number=\"" + XMLInteger(k) + "\">");
   WriteXMLValue(out, c, "Depth", static_cast<float>(k - 1) * pile.Length / static_cast<float>(n), "m", 0.001f);
@@ -146,8 +147,8 @@ void WriteShaftElement(TextFile& out, const Engine& e, const Pile& pile, int p, 
 
 void WriteToe(TextFile& out, const Engine& e, const Pile& pile, int p, int in) {
   const Workspace& ws = e.ws;
-  const int n = e.foundation.NumberOfElements;
-  const int r = p * (n + 1);
+  const GroupLayout g = LayoutOf(e);
+  const int r = g.AxialRow(p, g.n + 1);
   const int c = in + 4;
   WriteXMLLine(out, in, "<Toe>");
   WriteXMLValue(out, c, "Depth", pile.Length, "m");

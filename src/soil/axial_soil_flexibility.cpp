@@ -24,15 +24,15 @@ struct AxialLayout {
   std::vector<Point3> mid;  // [i - 1], element mid-points
 };
 
-AxialLayout LayOut(const SoilGround& g, const Pile& pile) {
+AxialLayout LayOut(const SoilGround& g, const Pile& pile, const PileFrame& frame) {
   AxialLayout l;
   const int n = g.n;
   const float nf = static_cast<float>(n);
   const float L = pile.Length;
   l.n = n;
-  l.a = TrigOf(DegreesToRadians(pile.RakeX));
-  l.e = TrigOf(DegreesToRadians(pile.RakeY));
-  const float dz = l.a.c * l.e.c * L / nf;
+  l.a = frame.RakeX();
+  l.e = frame.RakeY();
+  const float dz = frame.vertical / nf;
   const float dxs = -l.a.s * L / nf;
   const float dys = -l.e.s * L / nf;
   l.Ws = ShaftArea(pile) / nf;
@@ -41,22 +41,20 @@ AxialLayout LayOut(const SoilGround& g, const Pile& pile) {
   const float Wm = 0.7853982f * (mean_diameter * mean_diameter);
   // An under-reamed base loads the shaft above it over the mean of the two sections.
   l.Wb = pile.BaseDiameter > pile.ShaftDiameter ? Wm : l.base_area;
-  l.zb = g.z0 + l.a.c * l.e.c * L;
+  l.zb = g.z0 + frame.vertical;
   l.base = {-l.a.s * L, -l.e.s * L, l.zb};
   // Mid-points are reached step by step from the first, in single precision.
   l.mid.resize(static_cast<std::size_t>(n));
-  Point3 m{0.5f * dxs, 0.5f * dys, g.z0 + 0.5f * dz};
-  for (int i = 1; i <= n; ++i) {
-    if (i > 1) m = {m.x + dxs, m.y + dys, m.z + dz};
-    l.mid[static_cast<std::size_t>(i - 1)] = m;
-  }
+  SteppedCentres x(dxs), y(dys), z(g.z0, dz);
+  for (int i = 1; i <= n; ++i) l.mid[static_cast<std::size_t>(i - 1)] = {x(), y(), z()};
   return l;
 }
 
 }  // namespace
 
-void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K) {
-  const AxialLayout l = LayOut(g, pile);
+void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p,
+                                     RealMatrix& soil_K) {
+  const AxialLayout l = LayOut(g, pile, frame);
   const int n = l.n;
   if (n < 1) return;
   const bool poulos = g.poulos();
@@ -100,10 +98,11 @@ void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int 
   }
 }
 
-void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K) {
+void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p,
+                               RealMatrix& soil_K) {
   const float depth = g.borehole->DepthToRigidLayer;
   if (!IsNonZero(depth)) return;
-  const AxialLayout l = LayOut(g, pile);
+  const AxialLayout l = LayOut(g, pile, frame);
   const int n = l.n;
   if (n < 1) return;
   const bool poulos = g.poulos();
@@ -136,10 +135,10 @@ void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, Rea
   }
 }
 
-int RigidLayerMeetsPile(const SoilGround& g, const Pile& pile) {
+int RigidLayerMeetsPile(const SoilGround& g, const Pile& pile, const PileFrame& frame) {
   const float depth = g.borehole->DepthToRigidLayer;
   if (!IsNonZero(depth) || g.n < 1) return 0;
-  const AxialLayout l = LayOut(g, pile);
+  const AxialLayout l = LayOut(g, pile, frame);
   const Point3 F{0.0f, 0.0f, depth + g.z0};
   auto same = [&F](const Point3& a) { return a.x == F.x && a.y == F.y && a.z == F.z; };
   for (int j = 1; j <= l.n; ++j) {

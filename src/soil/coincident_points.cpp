@@ -32,7 +32,7 @@ int CheckCoincidentMidpoints(Engine& e) {
   const InteractionRule rule = InteractionRuleOf(e);
 
   for (int p = 1; p <= piles; ++p) {
-    const int k = RigidLayerMeetsPile(g, e.foundation.Piles(p));
+    const int k = RigidLayerMeetsPile(g, e.foundation.Piles(p), e.foundation.Frame(p));
     if (k != 0) {
       SendError(e, "Error - the rigid layer passes through the load point of " + ElementName(k, n, p) +
                        "; the soil flexibility is undefined there: place the rigid layer below the pile tips");
@@ -44,7 +44,8 @@ int CheckCoincidentMidpoints(Engine& e) {
   // Only the positions matter here, not the ground at them.
   std::vector<PileAxis> axes;
   axes.reserve(static_cast<std::size_t>(piles));
-  for (int q = 1; q <= piles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q, false));
+  for (int q = 1; q <= piles; ++q)
+    axes.push_back(MakePileAxis(g, e.foundation.Piles(q), e.foundation.Frame(q), q, false));
 
   for (int p = 1; p <= piles; ++p) {
     for (int q = 1; q <= piles; ++q) {

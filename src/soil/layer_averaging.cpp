@@ -82,14 +82,12 @@ float YamashitaVerticalStiffnessAverage(const RealMatrix& yamashita_esv, int p, 
   return sum / weights;
 }
 
-void FillYamashitaColumn(const Borehole& b, const Pile& pile, int n, float z0, int p, float* depths,
+void FillYamashitaColumn(const Borehole& b, const PileFrame& frame, int n, float z0, int p, float* depths,
                          RealMatrix& yamashita_esv) {
-  const float a = DegreesToRadians(pile.RakeX);
-  const float e = DegreesToRadians(pile.RakeY);
-  const float vertical = std::cos(a) * std::cos(e) * pile.Length;  // vertical projection
+  const float vertical = frame.vertical;  // vertical projection
   const float dz = vertical / static_cast<float>(n);
-  depths[0] = z0 + dz / 2.0f;
-  for (int k = 2; k <= n; ++k) depths[k - 1] = depths[k - 2] + dz;
+  SteppedCentres centre(z0, dz);
+  for (int k = 1; k <= n; ++k) depths[k - 1] = centre();
   depths[n] = z0 + vertical;  // the tip, half an element below the last mid-point
   for (int d = 1; d <= 4; ++d) depths[n + d] = depths[n - 1] + static_cast<float>(d) * dz;
   for (int k = 1; k <= n + 5; ++k) yamashita_esv(k, p) = VerticalModulusAt(b, depths[k - 1]);
@@ -138,7 +136,7 @@ int YamashitaVerticalStiffnessAverageAllPiles(Engine& e) {
   if (n < 1 || piles < 1) return 1;  // nothing to fill
   const float z0 = e.foundation.Piles(1).SoilEntryZ;
   for (int p = 1; p <= piles; ++p) {
-    FillYamashitaColumn(e.borehole, e.foundation.Piles(p), n, z0, p, depths.col(p), e.ws.YamashitaEsv);
+    FillYamashitaColumn(e.borehole, e.foundation.Frame(p), n, z0, p, depths.col(p), e.ws.YamashitaEsv);
   }
   return 1;
 }

@@ -32,10 +32,11 @@ float HorizontalStiffnessAverage(const Borehole& b, float z1, float z2);
 float YamashitaVerticalStiffnessAverage(const RealMatrix& yamashita_esv, int p, int k);
 
 // Fills column p of YamashitaEsv (n + 5 rows) with the vertical modulus at the depths
-// down pile p: the element mid-points, the tip, then four rows below so that the
-// smoothing of the last elements has neighbours. z0 is the level of the top of the
-// embedded length that serves for every pile; depths is a work column of n + 5 rows.
-void FillYamashitaColumn(const Borehole& b, const Pile& pile, int n, float z0, int p, float* depths,
+// down pile p (whose frame is given): the element mid-points, the tip, then four rows
+// below so that the smoothing of the last elements has neighbours. z0 is the level of
+// the top of the embedded length that serves for every pile; depths is a work column of
+// n + 5 rows.
+void FillYamashitaColumn(const Borehole& b, const PileFrame& frame, int n, float z0, int p, float* depths,
                          RealMatrix& yamashita_esv);
 
 // (nu + 1) / ((1 - nu) * 25.13) / E: Mindlin's 1/(16 pi Gs (1 - nu)) for the shear

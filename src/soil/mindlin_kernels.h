@@ -25,6 +25,7 @@
 #include <xmmintrin.h>
 #endif
 
+#include "engine/pile_frame.h"  // Trig
 #include "engine/utilities.h"
 
 namespace quellon {
@@ -33,12 +34,6 @@ namespace quellon {
 struct Point3 {
   float x, y, z;
 };
-
-// Sine and cosine of an angle, worked out once by the caller of a kernel in a loop.
-struct Trig {
-  float s, c;
-};
-inline Trig TrigOf(float angle) { return {std::sin(angle), std::cos(angle)}; }
 
 // Four floats handled at once. The ring sums of the torsion blocks evaluate Mindlin's
 // solution at four ring points together; the terms below are written once, for float

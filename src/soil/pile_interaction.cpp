@@ -14,17 +14,17 @@
 
 namespace quellon {
 
-PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, int index, bool with_soil) {
+PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, const PileFrame& frame, int index, bool with_soil) {
   PileAxis axis;
   const int n = g.n;
   axis.pile = &pile;
   axis.index = index;
-  axis.a = TrigOf(DegreesToRadians(pile.RakeX));
-  axis.e = TrigOf(DegreesToRadians(pile.RakeY));
-  axis.h = pile.Length / static_cast<float>(n);
+  axis.a = frame.RakeX();
+  axis.e = frame.RakeY();
+  axis.h = frame.h;
   axis.points.resize(static_cast<std::size_t>(n + 1));
   for (int i = 1; i <= n; ++i) {
-    const float k = static_cast<float>(i) - 0.5f;
+    const float k = CentreSteps(i);
     AxisPoint& pt = axis.points[static_cast<std::size_t>(i - 1)];
     pt.x = k * axis.a.s * axis.h;
     pt.y = k * axis.e.s * axis.h;
@@ -34,7 +34,7 @@ PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, int index, bool wit
   AxisPoint& base = axis.points[static_cast<std::size_t>(n)];
   base.x = axis.a.s * pile.Length;
   base.y = axis.e.s * pile.Length;
-  base.z = g.z0 + axis.a.c * axis.e.c * pile.Length;
+  base.z = g.z0 + frame.vertical;
   if (with_soil) base.soil = SoilAtPoint(g, base.z, index, n + 1);
   const float depth = g.borehole->DepthToRigidLayer;
   if (with_soil && IsNonZero(depth)) {
@@ -196,7 +196,7 @@ struct TorsionRing {
     }
   }
   Point3 Field(int i) const {
-    const float k = static_cast<float>(i) - 0.5f;
+    const float k = CentreSteps(i);
     return {-k * p->a.s * p->h, -k * p->e.s * p->h, zp + k * p->a.c * p->e.c * p->h};
   }
   // Centre of slice v of element j, as (x_m, y_m, z_m).

@@ -52,11 +52,12 @@ constexpr long long kParallelPairCalls = 2048;
 // With plus_zero, every entry is written as x + 0, as the system G + D takes it off the
 // piles' own rows (a -0 turned into +0), so that forming the system in G's storage has
 // nothing left to do in these blocks.
-void CopyBlock(const RealMatrix& block, int p, int q, RealMatrix& G, bool plus_zero = false) {
-  const int M = block.rows();
+void CopyBlock(const RealMatrix& block, const GroupLayout& layout, int p, int q, RealMatrix& G,
+               bool plus_zero = false) {
+  const int M = layout.M;
   const std::size_t bytes = static_cast<std::size_t>(M) * sizeof(float);
   for (int v = 1; v <= M; ++v) {
-    float* to = &G(M * (p - 1) + 1, M * (q - 1) + v);
+    float* to = &G(layout.PileStart(p) + 1, layout.PileStart(q) + v);
     const float* from = block.col(v);
     if (plus_zero) {
       for (int i = 0; i < M; ++i) to[i] = from[i] + 0.0f;
@@ -66,11 +67,11 @@ void CopyBlock(const RealMatrix& block, int p, int q, RealMatrix& G, bool plus_z
   }
 }
 
-void CopyBlockOut(const RealMatrix& G, int p, int q, RealMatrix& block) {
-  const int M = block.rows();
+void CopyBlockOut(const RealMatrix& G, const GroupLayout& layout, int p, int q, RealMatrix& block) {
+  const int M = layout.M;
   const std::size_t bytes = static_cast<std::size_t>(M) * sizeof(float);
   for (int v = 1; v <= M; ++v) {
-    std::memcpy(block.col(v), &G(M * (p - 1) + 1, M * (q - 1) + v), bytes);
+    std::memcpy(block.col(v), &G(layout.PileStart(p) + 1, layout.PileStart(q) + v), bytes);
   }
 }
 
@@ -94,28 +95,30 @@ bool Straight(const Pile& pile) { return IsZero(pile.RakeX) && IsZero(pile.RakeY
 
 // The own block of pile p: transverse blocks (the first of which clears soil_K), axial
 // and base block with its rigid layer correction, and torsion.
-void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, int p, PhaseTimer* timer, RealMatrix& soil_K) {
+void BuildOwnSoilBlock(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p, PhaseTimer* timer,
+                       RealMatrix& soil_K) {
   if (Straight(pile)) {
-    BuildTransverseSoilFlexibilityMatrices(g, pile, soil_K);
+    BuildTransverseSoilFlexibilityMatrices(g, pile, frame, soil_K);
   } else {
     // A rake of either direction: each block with its own rake. (A rake of exactly 1e-20
     // counts as a rake here; both ways give the same values.)
-    BuildTransverseXSoilFlexibilityMatrix(g, pile, soil_K);
-    BuildTransverseYSoilFlexibilityMatrix(g, pile, soil_K);
+    BuildTransverseXSoilFlexibilityMatrix(g, pile, frame, soil_K);
+    BuildTransverseYSoilFlexibilityMatrix(g, pile, frame, soil_K);
   }
-  BuildAxialSoilFlexibilityMatrix(g, pile, p, soil_K);
-  if (IsNonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, p, soil_K);
+  BuildAxialSoilFlexibilityMatrix(g, pile, frame, p, soil_K);
+  if (IsNonZero(g.borehole->DepthToRigidLayer)) RigidLayerAxialCorrection(g, pile, frame, p, soil_K);
   PhaseScope torsion(timer, Phase::kTorsion);
-  BuildTorsionalSoilFlexibilityMatrix(g, pile, p, soil_K);
+  BuildTorsionalSoilFlexibilityMatrix(g, pile, frame, p, soil_K);
 }
 
 // Copies the torsion block (rows and columns 3n + 2..4n + 1) of an M by M block into G
 // at the place of field pile p and source pile q.
-void CopyTorsionBlock(const RealMatrix& block, int n, int p, int q, RealMatrix& G, bool plus_zero = false) {
-  const int M = block.rows();
+void CopyTorsionBlock(const RealMatrix& block, const GroupLayout& layout, int p, int q, RealMatrix& G,
+                      bool plus_zero = false) {
+  const int n = layout.n;
   const std::size_t bytes = static_cast<std::size_t>(n) * sizeof(float);
-  for (int v = 3 * n + 2; v <= M; ++v) {
-    float* to = &G(M * (p - 1) + 3 * n + 2, M * (q - 1) + v);
+  for (int v = layout.TorsionInPile(1); v <= layout.M; ++v) {
+    float* to = &G(layout.TorsionUnknown(p, 1), layout.PileStart(q) + v);
     const float* from = block.col(v) + 3 * n + 1;
     if (plus_zero) {
       for (int i = 0; i < n; ++i) to[i] = from[i] + 0.0f;
@@ -269,7 +272,8 @@ void CopyTorsionPart(const RealMatrix& block, int n, float* to) {
 std::vector<PileAxis> AxesOf(const Engine& e, const SoilGround& g) {
   std::vector<PileAxis> axes;
   axes.reserve(static_cast<std::size_t>(e.foundation.NumberOfPiles));
-  for (int q = 1; q <= e.foundation.NumberOfPiles; ++q) axes.push_back(MakePileAxis(g, e.foundation.Piles(q), q));
+  for (int q = 1; q <= e.foundation.NumberOfPiles; ++q)
+    axes.push_back(MakePileAxis(g, e.foundation.Piles(q), e.foundation.Frame(q), q));
   return axes;
 }
 
@@ -288,7 +292,8 @@ void PairBlock(const SoilGround& g, const InteractionRule& rule, bool rigid, con
 void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   const int n = g.n;
   const int piles = e.foundation.NumberOfPiles;
-  const int M = 4 * n + 1;
+  const GroupLayout layout(n, piles);
+  const int M = layout.M;
   const long long N = static_cast<long long>(M) * piles;
   Workspace& w = e.ws;
   RealMatrix& G = w.G;
@@ -351,7 +356,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     if (keep) std::memcpy(kept(k), pair_K.data(), pair_K.count() * sizeof(float));
     const std::int32_t found = states ? StateOf(pair_K) : kBlockUnchecked;
     for (const auto& [p, q] : group.members) {
-      CopyBlock(pair_K, p, q, G, plus_zero);
+      CopyBlock(pair_K, layout, p, q, G, plus_zero);
       if (states) state(p, q) = found;
     }
   }
@@ -375,7 +380,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     }
     const bool finite = !states || TorsionBlockFinite(pair_K, n);
     for (const auto& [p, q] : group.members) {
-      CopyTorsionBlock(pair_K, n, p, q, G, plus_zero);
+      CopyTorsionBlock(pair_K, layout, p, q, G, plus_zero);
       if (!finite) state(p, q) = kBlockNotFinite;
     }
   }
@@ -394,15 +399,16 @@ void KeepOwnBlock(Engine& e, int p, bool reuse) {
   const long long N = static_cast<long long>(M) * piles;
   if (p == 1 && MayKeep(piles, M, N, kKeptOwnShare)) TryCreate(w.SoilOwnBlocks, M, static_cast<long long>(piles) * M);
   if (source == p && w.SoilOwnBlocks.cols() == piles * M)
-    std::memcpy(w.SoilOwnBlocks.col((p - 1) * M + 1), w.soil_K.data(), w.soil_K.count() * sizeof(float));
+    std::memcpy(w.SoilOwnBlocks.col(LayoutOf(e).PileStart(p) + 1), w.soil_K.data(), w.soil_K.count() * sizeof(float));
 }
 
 }  // namespace
 
 void AssembleSoilFlexibility(Engine& e, int p) {
-  const int n = e.foundation.NumberOfElements;
-  const int piles = e.foundation.NumberOfPiles;
-  const int M = 4 * n + 1;
+  const GroupLayout layout = LayoutOf(e);
+  const int n = layout.n;
+  const int piles = layout.P;
+  const int M = layout.M;
   Require(n >= 1 && p >= 1 && p <= piles, "AssembleSoilFlexibility: no such pile");
   PhaseScope own(e.timer, Phase::kOwnBlocks);
   const SoilGround g = GroundOf(e);
@@ -426,9 +432,9 @@ void AssembleSoilFlexibility(Engine& e, int p) {
       LogLine(e, "BuildTransverseXSoilFlexibilityMatrix, line 27");
       LogLine(e, "BuildTransverseYSoilFlexibilityMatrix, line 26");
     }
-    BuildOwnSoilBlock(g, pile, p, e.timer, e.ws.soil_K);
+    BuildOwnSoilBlock(g, pile, e.foundation.Frame(p), p, e.timer, e.ws.soil_K);
   }
-  CopyBlock(e.ws.soil_K, p, p, G);
+  CopyBlock(e.ws.soil_K, layout, p, p, G);
   if (HasBlockStates(e.ws, piles)) e.ws.SoilBlockState(p, p) = StateOf(e.ws.soil_K);
   KeepOwnBlock(e, p, reuse);
   if (piles == 1) return;
@@ -438,14 +444,15 @@ void AssembleSoilFlexibility(Engine& e, int p) {
   if (p == 1) AssemblePairBlocks(e, g);
 
   // pair_K is left holding the last pair, as a serial pass would leave it.
-  CopyBlockOut(G, p, p == piles ? piles - 1 : piles, e.ws.pair_K);
+  CopyBlockOut(G, layout, p, p == piles ? piles - 1 : piles, e.ws.pair_K);
 }
 
 bool SoilFlexibilityTimes(Engine& e, const float* t, float* out) {
   Workspace& w = e.ws;
-  const int piles = e.foundation.NumberOfPiles;
-  const int n = e.foundation.NumberOfElements;
-  const int M = 4 * n + 1;
+  const GroupLayout layout = LayoutOf(e);
+  const int piles = layout.P;
+  const int n = layout.n;
+  const int M = layout.M;
   if (n < 1 || piles < 1 || w.SoilBlockIndex.rows() != piles || w.SoilBlockIndex.cols() != piles) return false;
   for (int p = 1; p <= piles; ++p)
     if (w.SoilBlockIndex(p, p) < 1) return false;  // the assembly did not run
@@ -473,11 +480,11 @@ bool SoilFlexibilityTimes(Engine& e, const float* t, float* out) {
         if (q == p) {
           const int source = w.SoilBlockIndex(p, p);
           if (own_kept) {
-            B = w.SoilOwnBlocks.col((source - 1) * M + 1);
+            B = w.SoilOwnBlocks.col(layout.PileStart(source) + 1);
           } else {
             if (own_source != source) {
               if (own.empty()) own.resize(M, M);
-              BuildOwnSoilBlock(g, e.foundation.Piles(source), source, nullptr, own);
+              BuildOwnSoilBlock(g, e.foundation.Piles(source), e.foundation.Frame(source), source, nullptr, own);
               own_source = source;
             }
             B = own.data();
@@ -501,14 +508,14 @@ bool SoilFlexibilityTimes(Engine& e, const float* t, float* out) {
             B = block.data();
           }
         }
-        const float* tq = t + static_cast<std::size_t>(q - 1) * M;
+        const float* tq = t + layout.PileStart(q);
         for (int v = 0; v < M; ++v) {
           const float tv = tq[v];
           const float* c = B + static_cast<std::size_t>(v) * M;
           for (int i = 0; i < M; ++i) sum[static_cast<std::size_t>(i)] = sum[static_cast<std::size_t>(i)] + c[i] * tv;
         }
       }
-      std::copy(sum.begin(), sum.end(), out + static_cast<std::size_t>(p - 1) * M);
+      std::copy(sum.begin(), sum.end(), out + layout.PileStart(p));
     }
   }
   return true;

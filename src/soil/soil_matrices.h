@@ -22,26 +22,32 @@ namespace quellon {
 // costs more than it saves.
 constexpr int kParallelKernelCalls = 200000;
 
-// ---- A pile on itself. p is the pile's column in YamashitaEsv. ----
+// ---- A pile on itself. p is the pile's column in YamashitaEsv, frame its frame. ----
 
 // Axial and base block (rows and columns 1..n + 1). Does not clear soil_K.
-void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K);
+void BuildAxialSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p,
+                                     RealMatrix& soil_K);
 // Subtracts from the axial and base block the displacement that the same loads cause on
 // the rigid layer directly below the soil entry point. Only for a rigid layer.
-void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K);
+void RigidLayerAxialCorrection(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p,
+                               RealMatrix& soil_K);
 
 // Clears soil_K, then writes the transverse block of a pile without rake into both the X
 // and the Y places.
-void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
-// Clears soil_K, then writes the X block from RakeX alone.
-void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
-// Writes the Y block from RakeY alone, without clearing.
-void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K);
+void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pile, const PileFrame& frame,
+                                            RealMatrix& soil_K);
+// Clears soil_K, then writes the X block from the rake about X alone.
+void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame,
+                                           RealMatrix& soil_K);
+// Writes the Y block from the rake about Y alone, without clearing.
+void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame,
+                                           RealMatrix& soil_K);
 
 // Torsion block (rows and columns 3n + 2..4n + 1), summed over 20 slices of 80 points of
 // each source element. Does not clear soil_K. Columns are independent and are computed
 // in parallel; each entry is summed by one thread in a fixed order.
-void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K);
+void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p,
+                                         RealMatrix& soil_K);
 
 // ---- One pile on another. ----
 
@@ -75,7 +81,7 @@ struct PileAxis {
 };
 
 // With with_soil false only the positions are worked out.
-PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, int index, bool with_soil = true);
+PileAxis MakePileAxis(const SoilGround& g, const Pile& pile, const PileFrame& frame, int index, bool with_soil = true);
 
 // Plan offset of the soil entry point of p from that of q, and their spacing.
 struct PairSpacing {
@@ -133,7 +139,7 @@ int FindCoincidentPoints(const SoilGround& g, const InteractionRule& rule, const
                          int* field_element, int* source_element);
 // For a pile's own rigid layer correction: the element of the pile (n + 1 for the base)
 // whose load point lies on the rigid layer point below the soil entry point, or 0.
-int RigidLayerMeetsPile(const SoilGround& g, const Pile& pile);
+int RigidLayerMeetsPile(const SoilGround& g, const Pile& pile, const PileFrame& frame);
 
 // ---- Reuse of a pile's own block. ----
 

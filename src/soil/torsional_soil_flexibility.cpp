@@ -21,13 +21,14 @@ constexpr int kRingPoints = 80;  // a multiple of 4
 
 }  // namespace
 
-void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, int p, RealMatrix& soil_K) {
+void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame, int p,
+                                         RealMatrix& soil_K) {
   const int n = g.n;
   if (n < 1) return;
   const bool poulos = g.poulos();
-  const Trig a = TrigOf(DegreesToRadians(pile.RakeX));
-  const Trig e = TrigOf(DegreesToRadians(pile.RakeY));
-  const float h = pile.Length / static_cast<float>(n);
+  const Trig a = frame.RakeX();
+  const Trig e = frame.RakeY();
+  const float h = frame.h;
   const float r = pile.ShaftDiameter * 0.5f;
   const float hs = h / 20.0f;
   const float dzs = a.c * e.c * hs;
@@ -51,7 +52,7 @@ void BuildTorsionalSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, 
   std::vector<Point3> field(static_cast<std::size_t>(n));
   std::vector<LocalSoil> field_soil(static_cast<std::size_t>(n));
   for (int i = 1; i <= n; ++i) {
-    const float k = static_cast<float>(i) - 0.5f;
+    const float k = CentreSteps(i);
     const Point3 F{r - k * a.s * h, -k * e.s * h, g.z0 + k * a.c * e.c * h};
     field[static_cast<std::size_t>(i - 1)] = F;
     field_soil[static_cast<std::size_t>(i - 1)] = SoilAtPoint(g, F.z, p, i);

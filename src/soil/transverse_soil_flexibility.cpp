@@ -15,23 +15,23 @@ namespace quellon {
 
 namespace {
 
-// One block, written at rows and columns offset + i, offset + j for each offset given.
-void TransverseBlock(const SoilGround& g, const Pile& pile, float rake, int offset1, int offset2,
-                     RealMatrix& soil_K) {
+// One block, written at rows and columns offset + i, offset + j for each offset given, of
+// a pile of element length h raked by `rake` in the block's plane. The load and the
+// displacement act along `normal`, across the pile: its rake turned by a right angle.
+void TransverseBlock(const SoilGround& g, const Pile& pile, float h, Trig rake, Trig normal, int offset1,
+                     int offset2, RealMatrix& soil_K) {
   const int n = g.n;
   if (n < 1) return;
-  const float h = pile.Length / static_cast<float>(n);
   const float Ds = pile.ShaftDiameter;
   const float Wt = h * Ds;
-  const float dz = std::cos(rake) * h;
-  const float du = -std::sin(rake) * h;
-  // The load and the displacement are normal to the pile: its rake turned by a right angle.
-  const Trig t = TrigOf(rake + kHalfPi);
+  const float dz = rake.c * h;
+  const float du = -rake.s * h;
+  const Trig t = normal;
 
   std::vector<Point3> point(static_cast<std::size_t>(n));
   std::vector<float> nu(static_cast<std::size_t>(n)), Eh(static_cast<std::size_t>(n));
   for (int i = 1; i <= n; ++i) {
-    const float k = static_cast<float>(i) - 0.5f;
+    const float k = CentreSteps(i);
     const std::size_t x = static_cast<std::size_t>(i - 1);
     point[x] = {k * du, 0.0f, g.z0 + k * dz};
     nu[x] = PoissonRatioAt(*g.borehole, point[x].z);
@@ -63,19 +63,24 @@ void TransverseBlock(const SoilGround& g, const Pile& pile, float rake, int offs
 
 }  // namespace
 
-void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pile, RealMatrix& soil_K) {
+void BuildTransverseSoilFlexibilityMatrices(const SoilGround& g, const Pile& pile, const PileFrame& frame,
+                                            RealMatrix& soil_K) {
   soil_K.fill(0.0f);
-  // Without rake the X and Y blocks are the same block.
-  TransverseBlock(g, pile, 0.0f, g.n + 1, 2 * g.n + 1, soil_K);
+  // Without rake the X and Y blocks are the same block. A rake within the zero test
+  // counts as none: the pile is laid out exactly upright.
+  const Trig upright{0.0f, 1.0f};
+  TransverseBlock(g, pile, frame.h, upright, TrigOf(kHalfPi), g.n + 1, 2 * g.n + 1, soil_K);
 }
 
-void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K) {
+void BuildTransverseXSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame,
+                                           RealMatrix& soil_K) {
   soil_K.fill(0.0f);
-  TransverseBlock(g, pile, DegreesToRadians(pile.RakeX), g.n + 1, 0, soil_K);
+  TransverseBlock(g, pile, frame.h, frame.RakeX(), frame.normal_x, g.n + 1, 0, soil_K);
 }
 
-void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, RealMatrix& soil_K) {
-  TransverseBlock(g, pile, DegreesToRadians(pile.RakeY), 2 * g.n + 1, 0, soil_K);
+void BuildTransverseYSoilFlexibilityMatrix(const SoilGround& g, const Pile& pile, const PileFrame& frame,
+                                           RealMatrix& soil_K) {
+  TransverseBlock(g, pile, frame.h, frame.RakeY(), frame.normal_y, 2 * g.n + 1, 0, soil_K);
 }
 
 }  // namespace quellon

@@ -24,17 +24,17 @@ void ResetYieldCounters(Engine& e) {
 void BuildBoundaryConditionVectors(Engine& e, int p) {
   const Foundation& f = e.foundation;
   const Pile& pile = f.Piles(p);
-  const int n = f.NumberOfElements;
-  const int r = (p - 1) * UnknownsPerPile(e);
+  const GroupLayout g = LayoutOf(e);
+  const int n = g.n;
   RealMatrix& U = e.ws.UBCV;
 
-  const float a = DegreesToRadians(pile.RakeX);
-  const float ey = DegreesToRadians(pile.RakeY);
-  const float ca = std::cos(a), sa = std::sin(a), ta = std::tan(a);
-  const float ce = std::cos(ey), se = std::sin(ey), te = std::tan(ey);
+  const PileFrame& fr = f.Frame(p);
+  const float a = fr.a, ey = fr.e;
+  const float ca = fr.ca, sa = fr.sa, ta = fr.ta;
+  const float ce = fr.ce, se = fr.se, te = fr.te;
   const float F = f.FreeStandingLength;
-  const float h = pile.Length / static_cast<float>(n);
-  const float Fs = F / (ca * ce);
+  const float h = fr.h;
+  const float Fs = fr.free_length;
 
   // Polar position of the head about the centre of rotation, and the movement of the
   // head when the cap turns by one radian about that centre.
@@ -66,23 +66,24 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
 
   // Axial rows, shaft and base alike: the cap's movement resolved along the pile.
   for (int k = 1; k <= n + 1; ++k) {
-    U(r + k, 1) = ca * ce;
-    U(r + k, 2) = -sa;
-    U(r + k, 3) = x * ca;
-    U(r + k, 4) = -se;
-    U(r + k, 5) = y * ce;
-    U(r + k, 6) = 0.0f;
+    const int ra = g.AxialUnknown(p, k);
+    U(ra, 1) = ca * ce;
+    U(ra, 2) = -sa;
+    U(ra, 3) = x * ca;
+    U(ra, 4) = -se;
+    U(ra, 5) = y * ce;
+    U(ra, 6) = 0.0f;
   }
 
   for (int i = 1; i <= n; ++i) {
-    const float t = static_cast<float>(i) - 0.5f;
+    const float t = CentreSteps(i);
     const float d = Fs + h * t;               // distance from the cap along the pile
     const float ax = F * ta + t * h * sa;     // offset of the element from the head, X
     const float ay = F * te + t * h * se;     // offset of the element from the head, Y
 
     // The twist acts on the element's offset from the head as on the head's offset
     // from the centre: 0.4597 and 0.8415 are 1 - cos 1 and sin 1.
-    const int rx = r + n + 1 + i;
+    const int rx = g.XUnknown(p, i);
     U(rx, 1) = sa;
     U(rx, 2) = ca;
     U(rx, 3) = x * sa - d;
@@ -94,7 +95,7 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
       U(rx, 6) = double_rake ? Dx + ax * kx : Dx + 0.4597f * ax + 0.8415f * ay;
     }
 
-    const int ry = r + 2 * n + 1 + i;
+    const int ry = g.YUnknown(p, i);
     U(ry, 1) = se;
     U(ry, 2) = 0.0f;
     U(ry, 3) = 0.0f;
@@ -106,7 +107,7 @@ void BuildBoundaryConditionVectors(Engine& e, int p) {
       U(ry, 6) = double_rake ? Dy + ax * ky : Dy - 0.8415f * ax + 0.4597f * ay;
     }
 
-    const int rt = r + 3 * n + 1 + i;
+    const int rt = g.TorsionUnknown(p, i);
     for (int c = 1; c <= 5; ++c) U(rt, c) = 0.0f;
     U(rt, 6) = 1.0f;
   }
@@ -118,23 +119,20 @@ void SplitTractions(Engine& e) {
   w.UnitStressX.fill(0.0f);
   w.UnitStressY.fill(0.0f);
   w.UnitStressTorsion.fill(0.0f);
-  const int P = e.foundation.NumberOfPiles;
-  const int n = e.foundation.NumberOfElements;
-  const int M = UnknownsPerPile(e);
+  const GroupLayout g = LayoutOf(e);
   for (int c = 1; c <= 6; ++c) {
     const float* t = w.Tractions.col(c);  // t[m] is Tractions(m + 1, c)
     float* ua = w.UnitStressAxial.col(c);
     float* ux = w.UnitStressX.col(c);
     float* uy = w.UnitStressY.col(c);
     float* ut = w.UnitStressTorsion.col(c);
-    for (int p = 1; p <= P; ++p) {
-      const int m = (p - 1) * M;
-      for (int k = 1; k <= n + 1; ++k) ua[(p - 1) * (n + 1) + k - 1] = t[m + k - 1];
-      for (int k = 1; k <= n; ++k) {
-        const int q = (p - 1) * n + k - 1;
-        ux[q] = t[m + n + k];
-        uy[q] = t[m + 2 * n + k];
-        ut[q] = t[m + 3 * n + k];
+    for (int p = 1; p <= g.P; ++p) {
+      for (int k = 1; k <= g.n + 1; ++k) ua[g.AxialRow(p, k) - 1] = t[g.AxialUnknown(p, k) - 1];
+      for (int k = 1; k <= g.n; ++k) {
+        const int q = g.ElementRow(p, k) - 1;
+        ux[q] = t[g.XUnknown(p, k) - 1];
+        uy[q] = t[g.YUnknown(p, k) - 1];
+        ut[q] = t[g.TorsionUnknown(p, k) - 1];
       }
     }
   }
@@ -148,8 +146,9 @@ void CalcHeadLoads(Engine& e, int increment) {
   }
 
   Workspace& w = e.ws;
-  const int P = e.foundation.NumberOfPiles;
-  const int n = e.foundation.NumberOfElements;
+  const GroupLayout g = LayoutOf(e);
+  const int P = g.P;
+  const int n = g.n;
   const float nf = static_cast<float>(n);
   for (int c = 1; c <= 6; ++c) {
     for (int p = 1; p <= P; ++p) {
@@ -157,25 +156,24 @@ void CalcHeadLoads(Engine& e, int increment) {
       const float L = pile.Length;
       const float Ds = pile.ShaftDiameter;
       const float Db = pile.BaseDiameter;
-      const float h = L / nf;
+      const float h = e.foundation.Frame(p).h;
       const float As = kPi * Ds * L / nf;
       const float Ab = kPi * (Db * Db) / 4.0f;
       const float width = Ds * L / nf;  // projected area of one element
 
-      const int ra = (p - 1) * (n + 1);
-      const int rq = (p - 1) * n;
       float shear = 0.0f, sx = 0.0f, mx = 0.0f, sy = 0.0f, my = 0.0f, st = 0.0f;
       for (int k = 1; k <= n; ++k) {
-        const float z = (static_cast<float>(k) - 0.5f) * h;  // depth below the soil entry
-        shear = shear + w.UnitStressAxial(ra + k, c);
-        sx = sx + w.UnitStressX(rq + k, c);
-        mx = mx + z * w.UnitStressX(rq + k, c);
-        sy = sy + w.UnitStressY(rq + k, c);
-        my = my + z * w.UnitStressY(rq + k, c);
-        st = st + w.UnitStressTorsion(rq + k, c);
+        const float z = CentreSteps(k) * h;  // depth below the soil entry
+        const int q = g.ElementRow(p, k);
+        shear = shear + w.UnitStressAxial(g.AxialRow(p, k), c);
+        sx = sx + w.UnitStressX(q, c);
+        mx = mx + z * w.UnitStressX(q, c);
+        sy = sy + w.UnitStressY(q, c);
+        my = my + z * w.UnitStressY(q, c);
+        st = st + w.UnitStressTorsion(q, c);
       }
       // Moments are about the soil entry point; the lift to the cap comes later.
-      w.HeadAxial(p, c) = Ab * w.UnitStressAxial(p * (n + 1), c) + As * shear;
+      w.HeadAxial(p, c) = Ab * w.UnitStressAxial(g.AxialRow(p, n + 1), c) + As * shear;
       w.HeadX(p, c) = width * sx;
       w.HeadMomentXZ(p, c) = -width * mx;
       w.HeadY(p, c) = width * sy;

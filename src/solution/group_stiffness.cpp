@@ -18,10 +18,9 @@ void AssembleGroupStiffness(const Foundation& f, const Workspace& w, float k[36]
   for (int c = 1; c <= 6; ++c) {
     for (int p = 1; p <= f.NumberOfPiles; ++p) {
       const Pile& pile = f.Piles(p);
-      const float a = DegreesToRadians(pile.RakeX);
-      const float ey = DegreesToRadians(pile.RakeY);
-      const float ca = std::cos(a), sa = std::sin(a), ta = std::tan(a);
-      const float ce = std::cos(ey), se = std::sin(ey), te = std::tan(ey);
+      const PileFrame& fr = f.Frame(p);
+      const float ca = fr.ca, sa = fr.sa, ta = fr.ta;
+      const float ce = fr.ce, se = fr.se, te = fr.te;
       const float dx = pile.X - f.CentreOfRotationX;
       const float dy = pile.Y - f.CentreOfRotationY;
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/engine.h"
+#include "engine/internal_error.h"
 #include "engine/utilities.h"
 #include "engine/workspace.h"
 #include "soil/soil.h"
@@ -53,9 +54,8 @@ void CapMovementAndStresses(const Foundation& f, const GroupLayout& g, const flo
   const float r5 = std::sqrt(std::fmax(d5 * d5 - s5 * s5, 0.0f));
   for (int p = 1; p <= g.P; ++p) {
     const Pile& pile = f.Piles(p);
-    const float a = DegreesToRadians(pile.RakeX);
-    const float ey = DegreesToRadians(pile.RakeY);
-    const float ca = std::cos(a), sa = std::sin(a), ce = std::cos(ey), se = std::sin(ey);
+    const PileFrame& fr = f.Frame(p);
+    const float ca = fr.ca, sa = fr.sa, ce = fr.ce, se = fr.se;
     const float dx = pile.X - f.CentreOfRotationX;
     const float dy = pile.Y - f.CentreOfRotationY;
     const float wV = d1 + s3 * dx + s5 * dy;
@@ -93,7 +93,7 @@ void LoadsDownEachPile(const Foundation& f, const GroupLayout& g, Workspace& w) 
     const Pile& pile = f.Piles(p);
     const float Ds = pile.ShaftDiameter;
     const float Db = pile.BaseDiameter;
-    const float h = pile.Length / static_cast<float>(n);
+    const float h = f.Frame(p).h;
     const float Ab = kPi * (Db * Db) / 4.0f;
     const int base = g.AxialRow(p, n + 1);
     w.LoadAxialInc(base) = Ab * w.StressAxialInc(base);
@@ -126,8 +126,9 @@ void FormSoilMovements(Engine& e, const RealVector& packed) {
   float* out = w.SoilDispInc.data();
   const float* t = packed.data();
   if (w.G.rows() != N || w.G.cols() != N) {
-    // G has become the system: its blocks come from the assembly's tables or the kernels.
-    if (!SoilFlexibilityTimes(e, t, out)) std::fill(out, out + N, 0.0f);
+    // G has become the system: its blocks come from the assembly's tables or the kernels,
+    // which the assembly of this workspace has always left behind.
+    Require(SoilFlexibilityTimes(e, t, out), "FormSoilMovements: no soil flexibility to multiply by");
     return;
   }
   // Each thread takes a band of rows and runs through the columns in their order, so that

@@ -161,8 +161,9 @@ void LimitingStressesAtDepth(const Engine& e, float z, float diameter, int base_
 void LimitingStressesAllPiles(Engine& e) {
   if (!e.project.NonLinear) return;
   const Foundation& f = e.foundation;
-  const int n = f.NumberOfElements;
-  const int P = f.NumberOfPiles;
+  const GroupLayout g = LayoutOf(e);
+  const int n = g.n;
+  const int P = g.P;
   if (P < 1) return;
   Workspace& w = e.ws;
 
@@ -176,9 +177,7 @@ void LimitingStressesAllPiles(Engine& e) {
   float shaft = 0.0f, lateral_x = 0.0f, lateral_y = 0.0f, base = 0.0f;
   for (int p = 1; p <= P; ++p) {
     const Pile& pile = f.Piles(p);
-    const float a = DegreesToRadians(pile.RakeX);
-    const float b = DegreesToRadians(pile.RakeY);
-    const float Lz = std::cos(a) * std::cos(b) * pile.Length;  // vertical depth of the embedded pile
+    const float Lz = f.Frame(p).vertical;  // vertical depth of the embedded pile
     const SpacingRatios s = have_work ? GroupSpacingRatios(e, p, ax, ay) : SpacingRatios{};
 
     if (n > 0) {
@@ -191,17 +190,18 @@ void LimitingStressesAllPiles(Engine& e) {
         if (have_work) LimitingStressesAtDepth(e, z, pile.ShaftDiameter, 0, s, shaft, lateral_x, lateral_y, base);
         if (IsPositive(shaft_cap) && shaft > shaft_cap) shaft = shaft_cap;
         // Torsional shear is resisted by the same interface as axial friction.
-        w.LimitAxial((p - 1) * (n + 1) + k) = shaft;
-        w.LimitTorsion((p - 1) * n + k) = shaft;
-        w.LimitX((p - 1) * n + k) = lateral_x;
-        w.LimitY((p - 1) * n + k) = lateral_y;
+        const int q = g.ElementRow(p, k);
+        w.LimitAxial(g.AxialRow(p, k)) = shaft;
+        w.LimitTorsion(q) = shaft;
+        w.LimitX(q) = lateral_x;
+        w.LimitY(q) = lateral_y;
       }
     }
 
     const float z_base = Lz + pile.SoilEntryZ;
     if (have_work) LimitingStressesAtDepth(e, z_base, pile.ShaftDiameter, 1, s, shaft, lateral_x, lateral_y, base);
     if (IsPositive(base_cap) && base > base_cap) base = base_cap;
-    w.LimitAxial(p * (n + 1)) = base;
+    w.LimitAxial(g.AxialRow(p, n + 1)) = base;
   }
 }
 

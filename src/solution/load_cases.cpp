@@ -249,8 +249,14 @@ class TorqueChoice {
 // torque and stand as the run made them.
 int SolveWithOtherTorsion(Engine& e) {
   QuietLog quiet(e);
-  const int assembled = e.ws.G.empty() ? AssembleSoilFlexibilityAgain(e) : (AssembleSoilFlexibility(e, 1), 1);
-  if (assembled == 0 || Solve(e, 1) == 0) return 0;
+  if (e.ws.G.empty()) {
+    // G has become the system: it is assembled anew into storage of its own.
+    if (AssembleSoilFlexibilityAgain(e) == 0) return 0;
+  } else {
+    // G stands: the turn of pile 1 writes the blocks between piles, torsion included.
+    AssembleSoilFlexibility(e, 1);
+  }
+  if (Solve(e, 1) == 0) return 0;
   SplitTractions(e);
   CalcHeadLoads(e, 1);
   return 1;

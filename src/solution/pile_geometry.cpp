@@ -1,6 +1,6 @@
-// Where the piles enter the ground, the centre about which the group's moments are
-// taken, the load that one increment carries, and the section stiffness of every
-// element of every pile.
+// The frame of each pile, where the piles enter the ground, the centre about which the
+// group's moments are taken, the load that one increment carries, and the section
+// stiffness of every element of every pile.
 #include <algorithm>
 #include <cmath>
 
@@ -17,16 +17,18 @@ void PrepareGroupGeometry(Engine& e) {
   const int P = f.NumberOfPiles;
   const float F = f.FreeStandingLength;
 
+  // Each pile's frame, which every stage after this one reads.
+  MakePileFrames(f);
+
   // A raked pile leaves the cap at (X, Y) and travels down its own axis through the
   // free-standing length; a positive rake carries the lower end towards minus X (Y), so
   // the pile meets the ground at X - tan(a) F. With a free-standing length the ground
   // surface is the top of the first layer, whatever level the cap is given at.
   for (int p = 1; p <= P; ++p) {
     Pile& pile = f.Piles(p);
-    const float a = DegreesToRadians(pile.RakeX);
-    const float ey = DegreesToRadians(pile.RakeY);
-    pile.SoilEntryX = pile.X - std::tan(a) * F;
-    pile.SoilEntryY = pile.Y - std::tan(ey) * F;
+    const PileFrame& fr = f.Frame(p);
+    pile.SoilEntryX = pile.X - fr.ta * F;
+    pile.SoilEntryY = pile.Y - fr.te * F;
     pile.SoilEntryZ = pile.Z;
     if (F > 0.0f && e.borehole.NumberOfLayers >= 1 && !e.borehole.LayerTable.empty())
       pile.SoilEntryZ = e.borehole.Layers(1).DepthToTop;
@@ -89,10 +91,9 @@ void PileStiffnessesAllPiles(Engine& e) {
 
   for (int p = 1; p <= P; ++p) {
     const Pile& pile = e.foundation.Piles(p);
-    const float h = pile.Length / static_cast<float>(n);
     // Depths run by steps of h from the first centre, as the element mesh is laid out.
-    if (n >= 1) depth(1, p) = h / 2.0f;
-    for (int k = 2; k <= n; ++k) depth(k, p) = depth(k - 1, p) + h;
+    SteppedCentres centre(e.foundation.Frame(p).h);
+    for (int k = 1; k <= n; ++k) depth(k, p) = centre();
     depth(n + 1, p) = pile.Length;
 
     // The test is made at the element's centre, so that one element is wholly of one

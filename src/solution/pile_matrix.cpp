@@ -22,15 +22,15 @@ void BuildPileMatrix(Engine& e, int p) {
   D.fill(0.0f);
 
   const Pile& pile = e.foundation.Piles(p);
-  const int n = e.foundation.NumberOfElements;
+  const GroupLayout g = LayoutOf(e);
+  const int n = g.n;
   const float nf = static_cast<float>(n);
   const float L = pile.Length;
   const float Ds = pile.ShaftDiameter;
   const float Db = pile.BaseDiameter;
-  const float a = DegreesToRadians(pile.RakeX);
-  const float ey = DegreesToRadians(pile.RakeY);
-  const float h = L / nf;
-  const float Fs = e.foundation.FreeStandingLength / (std::cos(a) * std::cos(ey));
+  const PileFrame& fr = e.foundation.Frame(p);
+  const float h = fr.h;
+  const float Fs = fr.free_length;
   const float As = kPi * Ds * L / nf;  // shaft area of one element
   const float Ab = kPi * (Db * Db) / 4.0f;
 
@@ -39,7 +39,7 @@ void BuildPileMatrix(Engine& e, int p) {
   auto EIy = [&](int k) { return w.SectionEIy(k, p); };
   auto GJ = [&](int k) { return w.SectionGJ(k, p); };
   // Distance from the cap to the centre of element i.
-  auto s = [&](int i) { return Fs + (static_cast<float>(i) - 0.5f) * h; };
+  auto s = [&](int i) { return Fs + CentreSteps(i) * h; };
 
   // Axial: a unit shear on element j is a force As at its centre; the column shortens
   // between the cap and the nearer of the two centres. On the element itself the force
@@ -92,8 +92,8 @@ void BuildPileMatrix(Engine& e, int p) {
         ux = CantileverSelfDeflection(c, h, Ds, EIxm);
         uy = CantileverSelfDeflection(c, h, Ds, EIym);
       }
-      D(n + 1 + i, n + 1 + j) = ux;
-      D(2 * n + 1 + i, 2 * n + 1 + j) = uy;
+      D(g.XInPile(i), g.XInPile(j)) = ux;
+      D(g.YInPile(i), g.YInPile(j)) = uy;
     }
   }
 
@@ -104,7 +104,7 @@ void BuildPileMatrix(Engine& e, int p) {
     for (int i = 1; i <= n; ++i) {
       const float GJm = (GJ(i) + GJ(j)) / 2.0f;
       const int lo = i < j ? i : j;
-      D(3 * n + 1 + i, 3 * n + 1 + j) = i == j ? (s(i) - h / 8.0f) * T / GJm : s(lo) * T / GJm;
+      D(g.TorsionInPile(i), g.TorsionInPile(j)) = i == j ? (s(i) - h / 8.0f) * T / GJm : s(lo) * T / GJm;
     }
   }
 }
@@ -134,8 +134,9 @@ bool PilesStructurallyAlike(const Pile& a, const Pile& b) {
 
 void AssemblePileFlexibility(Engine& e, int p) {
   Foundation& f = e.foundation;
-  const int M = UnknownsPerPile(e);
-  const int r0 = (p - 1) * M;
+  const GroupLayout g = LayoutOf(e);
+  const int M = g.M;
+  const int r0 = g.PileStart(p);
   RealMatrix& D = e.ws.D;
   const RealMatrix& pd = e.ws.pile_D;
   Require(p >= 1 && p <= f.NumberOfPiles && pd.rows() == M && pd.cols() == M && D.rows() == M && D.cols() >= r0 + M,

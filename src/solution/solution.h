@@ -12,7 +12,8 @@ struct Workspace;
 
 // Before the workspace: the four yield counters to zero.
 void ResetYieldCounters(Engine& e);
-// Soil entry points, centre of rotation and the load of one increment (CapLoadInc).
+// The frame of every pile (Foundation::Frames), soil entry points, centre of rotation
+// and the load of one increment (CapLoadInc).
 void PrepareGroupGeometry(Engine& e);
 // The load of one increment of `loads`, moved to the centre of rotation, into inc (6).
 void CapLoadOfOneIncrement(const Actions& loads, const Foundation& f, RealVector& inc);

@@ -2,7 +2,6 @@
 // the running totals, the loads at each pile head, and the test whether the group can
 // carry more load. The softening between the two additions is in soil_softening.cpp;
 // the driver interleaves these with the reports and the host's callbacks.
-#include <cmath>
 
 #include "engine/utilities.h"
 #include "engine/workspace.h"
@@ -79,9 +78,8 @@ void AddLoadsToTotals(const Foundation& f, const GroupLayout& g, Workspace& w) {
   // carried up through the free-standing part, F / cos(rake) long.
   const float F = f.FreeStandingLength;
   for (int p = 1; p <= g.P; ++p) {
-    const Pile& pile = f.Piles(p);
-    const float ca = std::cos(DegreesToRadians(pile.RakeX));
-    const float ce = std::cos(DegreesToRadians(pile.RakeY));
+    const float ca = f.Frame(p).ca;
+    const float ce = f.Frame(p).ce;
     const int t = g.ElementRow(p, 1);
     w.PileHeadAxial(p) = w.LoadAxial(g.AxialRow(p, 1));
     w.PileHeadX(p) = w.ShearX(t);

@@ -67,7 +67,8 @@ TEST(BlockReuse, SharedBlocksAndTheSoilMovementsWithoutGAreTheFloatsOfEachPair) 
     for (int p = 1; p <= P; ++p) {
       for (int q = 1; q <= P && same; ++q) {
         if (q == p) continue;
-        const PileAxis a = MakePileAxis(g, m.e.foundation.Piles(p), p), b = MakePileAxis(g, m.e.foundation.Piles(q), q);
+        const PileAxis a = MakePileAxis(g, m.e.foundation.Piles(p), m.e.foundation.Frame(p), p),
+                       b = MakePileAxis(g, m.e.foundation.Piles(q), m.e.foundation.Frame(q), q);
         BuildPileInteractionMatrix(g, rule, a, b, block, true);
         if (c.rigid != 0.0f) RigidLayerInteractionCorrection(g, rule, a, b, block);
         for (int v = 1; v <= M; ++v)

@@ -61,7 +61,7 @@ TEST(CoincidentPoints, RigidLayerThroughALoadPoint) {
   // Below the soil entry point of a short vertical pile 1, through the mid-point of
   // element 2 of the raked pile 2.
   const Model probe(OneLayer(), 1, 0.0f, 2, {{10, 1, 1, 20, 0, 0, 0}});
-  const PileAxis axis = MakePileAxis(GroundOf(probe.e), probe.e.foundation.Piles(1), 1, false);
+  const PileAxis axis = MakePileAxis(GroundOf(probe.e), probe.e.foundation.Piles(1), probe.e.foundation.Frame(1), 1, false);
   EXPECT_EQ(Checked({{1, 1, 1, 0, 0, -axis.at(2).x, 0}, {10, 1, 1, 20, 0, 0, 0}}, 2, axis.at(2).z).error,
             "Error - the rigid layer below the soil entry point of pile 1 passes through the load point of element 2 "
             "of pile 2");

@@ -163,8 +163,8 @@ TEST(RigidLayer, NoneAtDepthZeroAndNoneBetweenPilesWithoutALimit) {
   const SoilGround g = GroundOf(m.e);
   RealMatrix pair;
   pair.resize(13, 13);
-  BuildPileInteractionMatrix(g, InteractionRuleOf(m.e), MakePileAxis(g, m.e.foundation.Piles(1), 1),
-                             MakePileAxis(g, m.e.foundation.Piles(2), 2), pair);
+  BuildPileInteractionMatrix(g, InteractionRuleOf(m.e), MakePileAxis(g, m.e.foundation.Piles(1), m.e.foundation.Frame(1), 1),
+                             MakePileAxis(g, m.e.foundation.Piles(2), m.e.foundation.Frame(2), 2), pair);
   for (int u = 1; u <= 13; ++u) {
     for (int v = 1; v <= 13; ++v) ASSERT_EQ(m.Block(1, 2, u, v), pair(u, v)) << u << ", " << v;
   }

@@ -50,9 +50,11 @@ struct Model {
       p.X = p.SoilEntryX = s.x, p.Y = p.SoilEntryY = s.y, p.Z = p.SoilEntryZ = 0.0f;
     }
     e.project.InteractionFlag = flag, e.project.InteractionDistance = distance, e.actions.Mz = Mz;
+    MakePileFrames(e.foundation);
   }
-  // G, soil_K, pair_K and the table of vertical moduli.
+  // G, soil_K, pair_K and the table of vertical moduli, from the piles as they now stand.
   void CreateArrays() {
+    MakePileFrames(e.foundation);
     const int M = UnknownsPerPile(e), N = NumberOfUnknowns(e);
     EXPECT_EQ(Create2DRealMatrix(e, e.ws.G, N, N) * Create2DRealMatrix(e, e.ws.soil_K, M, M) *
                   Create2DRealMatrix(e, e.ws.pair_K, M, M) * YamashitaVerticalStiffnessAverageAllPiles(e),
