@@ -19,6 +19,7 @@
 // Every combination of the lists is run, smallest first. --no-alone skips the separate
 // SGESV call (it assembles the matrix a second time). The table goes to standard output;
 // the engine's own "Increment" lines are silenced.
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <omp.h>
 #include <unistd.h>
@@ -253,6 +254,23 @@ std::vector<std::string> Words(const std::string& list) {
 }  // namespace
 }  // namespace quellon
 
+// The kernels the LAPACK provider runs, where it says (OpenBLAS picks them for the
+// processor at load time, and takes its generic ones for a processor newer than itself,
+// several times slower: OPENBLAS_CORETYPE then names the kernels to take).
+std::string LapackKernels() {
+  using Name = char* (*)();
+  void* symbol = dlsym(RTLD_DEFAULT, "openblas_get_corename");
+  if (symbol == nullptr) return "LAPACK kernels not known";
+  Name corename = nullptr;
+  static_assert(sizeof(corename) == sizeof(symbol));
+  std::memcpy(&corename, &symbol, sizeof(corename));
+  std::string text = std::string("OpenBLAS kernels ") + corename();
+  const bool generic = text.find("Prescott") != std::string::npos || text.find("prescott") != std::string::npos;
+  if (generic && __builtin_cpu_supports("avx2"))
+    text += " (generic kernels on a processor with AVX2: set OPENBLAS_CORETYPE, e.g. SkylakeX or Haswell)";
+  return text;
+}
+
 int main(int argc, char** argv) {
   using namespace quellon;
   std::vector<int> piles = {4, 25, 50, 100}, elements = {20, 50}, torques = {0, 1};
@@ -294,7 +312,7 @@ int main(int argc, char** argv) {
   });
 
   std::FILE* out = fdopen(table, "w");
-  std::fprintf(out, "threads %d; times in s\n", omp_get_max_threads());
+  std::fprintf(out, "threads %d; times in s; %s\n", omp_get_max_threads(), LapackKernels().c_str());
   std::fflush(out);
   for (const Case& c : cases) {
     dup2(null, 1);
