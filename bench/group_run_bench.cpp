@@ -19,7 +19,6 @@
 // Every combination of the lists is run, smallest first. --no-alone skips the separate
 // SGESV call (it assembles the matrix a second time). The table goes to standard output;
 // the engine's own "Increment" lines are silenced.
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <omp.h>
 #include <unistd.h>
@@ -40,6 +39,7 @@
 #include "engine/phase_timer.h"
 #include "engine/run_analysis.h"
 #include "engine/workspace.h"
+#include "lapack_kernels.h"
 #include "square_group.h"
 #include "soil/soil.h"
 #include "solution/lapack.h"
@@ -254,21 +254,9 @@ std::vector<std::string> Words(const std::string& list) {
 }  // namespace
 }  // namespace quellon
 
-// The kernels the LAPACK provider runs, where it says (OpenBLAS picks them for the
-// processor at load time, and takes its generic ones for a processor newer than itself,
-// several times slower: OPENBLAS_CORETYPE then names the kernels to take).
-std::string LapackKernels() {
-  using Name = char* (*)();
-  void* symbol = dlsym(RTLD_DEFAULT, "openblas_get_corename");
-  if (symbol == nullptr) return "LAPACK kernels not known";
-  Name corename = nullptr;
-  static_assert(sizeof(corename) == sizeof(symbol));
-  std::memcpy(&corename, &symbol, sizeof(corename));
-  std::string text = std::string("OpenBLAS kernels ") + corename();
-  const bool generic = text.find("Prescott") != std::string::npos || text.find("prescott") != std::string::npos;
-  if (generic && __builtin_cpu_supports("avx2"))
-    text += " (generic kernels on a processor with AVX2: set OPENBLAS_CORETYPE, e.g. SkylakeX or Haswell)";
-  return text;
+std::string Kernels() {
+  const std::string k = quellon_cli::LapackKernels();
+  return k.empty() ? "LAPACK kernels not known" : k;
 }
 
 int main(int argc, char** argv) {
@@ -312,7 +300,7 @@ int main(int argc, char** argv) {
   });
 
   std::FILE* out = fdopen(table, "w");
-  std::fprintf(out, "threads %d; times in s; %s\n", omp_get_max_threads(), LapackKernels().c_str());
+  std::fprintf(out, "threads %d; times in s; %s\n", omp_get_max_threads(), Kernels().c_str());
   std::fflush(out);
   for (const Case& c : cases) {
     dup2(null, 1);
