@@ -392,6 +392,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
         group_of[static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles) + static_cast<std::size_t>(p - 1)] = k;
 #pragma omp parallel for schedule(static) num_threads(threads) if (calls >= kParallelPairCalls)
     for (int q = 1; q <= piles; ++q) {
+      PopulateForWriting(G.col(M * (q - 1) + 1), static_cast<std::size_t>(M) * G.rows());
       const int* of_q = group_of.data() + static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles);
       for (int v = 1; v <= M; ++v) {
         float* column = &G(1, M * (q - 1) + v);
