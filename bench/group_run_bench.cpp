@@ -39,6 +39,7 @@
 #include "engine/phase_timer.h"
 #include "engine/run_analysis.h"
 #include "engine/workspace.h"
+#include "lapack_kernels.h"
 #include "square_group.h"
 #include "soil/soil.h"
 #include "solution/lapack.h"
@@ -253,6 +254,11 @@ std::vector<std::string> Words(const std::string& list) {
 }  // namespace
 }  // namespace quellon
 
+std::string Kernels() {
+  const std::string k = quellon_cli::LapackKernels();
+  return k.empty() ? "LAPACK kernels not known" : k;
+}
+
 int main(int argc, char** argv) {
   using namespace quellon;
   std::vector<int> piles = {4, 25, 50, 100}, elements = {20, 50}, torques = {0, 1};
@@ -294,7 +300,7 @@ int main(int argc, char** argv) {
   });
 
   std::FILE* out = fdopen(table, "w");
-  std::fprintf(out, "threads %d; times in s\n", omp_get_max_threads());
+  std::fprintf(out, "threads %d; times in s; %s\n", omp_get_max_threads(), Kernels().c_str());
   std::fflush(out);
   for (const Case& c : cases) {
     dup2(null, 1);

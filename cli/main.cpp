@@ -12,6 +12,7 @@
 #include "case_summary.h"
 #include "console.h"
 #include "csv_output.h"
+#include "lapack_kernels.h"
 #include "load_cases.h"
 #include "model_check.h"
 #include "model_peek.h"
@@ -588,6 +589,8 @@ int main(int argc, char** argv) {
   if (argc >= 2 && std::strcmp(argv[1], "--version") == 0) {
     const int v = QuellonGetVersion();
     std::printf("quellon %X.%02X (QuellonEngine, file version %d)\n", v / 256, v % 256, v);
+    const std::string kernels = quellon_cli::LapackKernels();
+    if (!kernels.empty()) std::printf("%s\n", kernels.c_str());
     return kExitOk;
   }
   Options o;

@@ -1,7 +1,8 @@
 #include "engine/workspace.h"
 
-#if defined(QUELLON_HUGE_PAGES) && defined(__linux__)
+#if defined(__linux__)
 #include <sys/mman.h>
+#include <unistd.h>
 #endif
 
 #include <climits>
@@ -102,6 +103,21 @@ int CreateLogical2D(Engine& e, LogicalMatrix& a, Size rows, Size cols) {
 }
 
 }  // namespace
+
+void PopulateForWriting(float* first, std::size_t count) {
+#if defined(__linux__)
+  // The advice is newer than some C libraries' headers; its number is fixed.
+  constexpr int kPopulateWrite = 23;
+  static const std::uintptr_t page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(first);
+  const std::uintptr_t end = begin + count * sizeof(float);
+  const std::uintptr_t from = (begin + page - 1) & ~(page - 1), to = end & ~(page - 1);
+  if (to > from) madvise(reinterpret_cast<void*>(from), to - from, kPopulateWrite);
+#else
+  (void)first;
+  (void)count;
+#endif
+}
 
 int Create1DRealMatrix(Engine& e, RealVector& a, int n) { return CreateReal1D(e, a, n); }
 

@@ -214,6 +214,13 @@ inline void Release1DLogicalMatrix(LogicalVector& a) { a.release(); }
 inline void Release2DLogicalMatrix(LogicalMatrix& a) { a.release(); }
 inline void Release1DIntegerMatrix(IntegerVector& a) { a.release(); }
 
+// Has the system give the pages under count floats from first, which are about to be
+// written for the first time, in one call instead of one fault per page: a fresh page
+// costs a trap, a clearing and an accounting at its first write, and the trap is most of
+// it. Only whole pages are asked for; where the system can't (an older kernel, another
+// system), nothing happens and the writes fault the pages in as before.
+void PopulateForWriting(float* first, std::size_t count);
+
 // All arrays of the run, in the order of creation; 1 or 0. Reads the counts of the model,
 // DynamicModel no more, and NonLinear, which decides on GD and the softening's vectors.
 int CreateWorkspace(Engine& e);

@@ -268,6 +268,14 @@ void CopyTorsionPart(const RealMatrix& block, int n, float* to) {
   }
 }
 
+// Keeps the torsion block of group k, the t-th group with torsion, for G t after the solve.
+void KeepTorsionBlock(const RealMatrix& block, int n, int t, int k, Workspace& w) {
+  w.SoilTorsionSlot(k + 1) = t;
+  for (int v = 1; v <= n; ++v)
+    std::memcpy(w.SoilTorsionBlocks.col(t * n + v), block.col(3 * n + 1 + v) + 3 * n + 1,
+                static_cast<std::size_t>(n) * sizeof(float));
+}
+
 // The pile axes of the group, with the ground at every point.
 std::vector<PileAxis> AxesOf(const Engine& e, const SoilGround& g) {
   std::vector<PileAxis> axes;
@@ -320,9 +328,8 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   // A linear run forms its system in G's storage: the blocks between piles go in as the
   // system holds them, unless G is to be printed as it is (flag 8).
   const bool plus_zero = linear && !e.project.Flag(8);
-  const bool keep = linear && MayKeep(count, M, N, kKeptPairShare) &&
-                    TryCreate(w.SoilPairBlocks, M, static_cast<long long>(count) * M);
-  auto kept = [&w, M](int k) { return w.SoilPairBlocks.col(k * M + 1); };
+  const bool fits = MayKeep(count, M, N, kKeptPairShare);
+  const bool keep = linear && fits && TryCreate(w.SoilPairBlocks, M, static_cast<long long>(count) * M);
   const long long twists_count = static_cast<long long>(twisted.size());
   bool keep_torsion = linear && !keep && twists_count > 0 && MayKeep(twists_count, n, N, kKeptTorsionShare) &&
                       TryCreate(w.SoilTorsionBlocks, n, twists_count * n);
@@ -347,13 +354,75 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   // the check of G's rows need not read them again.
   const bool states = HasBlockStates(w, piles);
   LogicalMatrix& state = w.SoilBlockState;
+
+  // When the distinct blocks fit beside G, they are made first and G is then written
+  // one source pile's panel of columns at a time, each column from top to bottom: every
+  // page of G is touched once, in order, by one thread. Copied straight from each group,
+  // a column's few hundred floats would land on a fresh page at every write.
+  RealMatrix staging;
+  const bool staged = keep || (fits && TryCreate(staging, M, static_cast<long long>(count) * M));
+  if (staged) {
+    RealMatrix& store = keep ? w.SoilPairBlocks : staging;
+    auto stored = [&store, M](int k) { return store.col(k * M + 1); };
+#pragma omp parallel for schedule(dynamic, 1) num_threads(threads) if (calls >= kParallelPairCalls)
+    for (int k = 0; k < count; ++k) {
+      const PairGroup& group = groups[static_cast<std::size_t>(k)];
+      RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+      BuildPileInteractionMatrix(g, rule, axis(group.p), axis(group.q), pair_K, false);
+      if (rigid) RigidLayerInteractionCorrection(g, rule, axis(group.p), axis(group.q), pair_K);
+      std::memcpy(stored(k), pair_K.data(), pair_K.count() * sizeof(float));
+      if (states) {
+        const std::int32_t found = StateOf(pair_K);
+        for (const auto& [p, q] : group.members) state(p, q) = found;
+      }
+    }
+    if (!twisted.empty()) {
+      PhaseScope torsion(e.timer, Phase::kTorsion);
+      const int twists = static_cast<int>(twisted.size());
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
+      for (int t = 0; t < twists; ++t) {
+        const int k = twisted[static_cast<std::size_t>(t)];
+        const PairGroup& group = groups[static_cast<std::size_t>(k)];
+        RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+        if (!BuildPileTorsionInteraction(g, rule, axis(group.p), axis(group.q), pair_K)) continue;
+        CopyTorsionPart(pair_K, n, stored(k));
+        if (keep_torsion) KeepTorsionBlock(pair_K, n, t, k, w);
+        if (states && !TorsionBlockFinite(pair_K, n))
+          for (const auto& [p, q] : group.members) state(p, q) = kBlockNotFinite;
+      }
+    }
+    std::vector<int> group_of(static_cast<std::size_t>(piles) * static_cast<std::size_t>(piles), -1);
+    for (int k = 0; k < count; ++k)
+      for (const auto& [p, q] : groups[static_cast<std::size_t>(k)].members)
+        group_of[static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles) + static_cast<std::size_t>(p - 1)] = k;
+#pragma omp parallel for schedule(static) num_threads(threads) if (calls >= kParallelPairCalls)
+    for (int q = 1; q <= piles; ++q) {
+      PopulateForWriting(G.col(M * (q - 1) + 1), static_cast<std::size_t>(M) * G.rows());
+      const int* of_q = group_of.data() + static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles);
+      for (int v = 1; v <= M; ++v) {
+        float* column = &G(1, M * (q - 1) + v);
+        for (int p = 1; p <= piles; ++p) {
+          if (p == q) continue;
+          const float* from = stored(of_q[p - 1]) + static_cast<std::size_t>(v - 1) * M;
+          float* to = column + static_cast<std::size_t>(p - 1) * M;
+          if (plus_zero) {
+            for (int i = 0; i < M; ++i) to[i] = from[i] + 0.0f;
+          } else {
+            std::memcpy(to, from, static_cast<std::size_t>(M) * sizeof(float));
+          }
+        }
+      }
+    }
+    w.system.MarkPairBlocksAsSystem(plus_zero);
+    return;
+  }
+
 #pragma omp parallel for schedule(dynamic, 1) num_threads(threads) if (calls >= kParallelPairCalls)
   for (int k = 0; k < count; ++k) {
     const PairGroup& group = groups[static_cast<std::size_t>(k)];
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
     BuildPileInteractionMatrix(g, rule, axis(group.p), axis(group.q), pair_K, false);
     if (rigid) RigidLayerInteractionCorrection(g, rule, axis(group.p), axis(group.q), pair_K);
-    if (keep) std::memcpy(kept(k), pair_K.data(), pair_K.count() * sizeof(float));
     const std::int32_t found = states ? StateOf(pair_K) : kBlockUnchecked;
     for (const auto& [p, q] : group.members) {
       CopyBlock(pair_K, layout, p, q, G, plus_zero);
@@ -371,13 +440,7 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     const PairGroup& group = groups[static_cast<std::size_t>(k)];
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
     if (!BuildPileTorsionInteraction(g, rule, axis(group.p), axis(group.q), pair_K)) continue;
-    if (keep) CopyTorsionPart(pair_K, n, kept(k));
-    if (keep_torsion) {
-      w.SoilTorsionSlot(k + 1) = t;
-      for (int v = 1; v <= n; ++v)
-        std::memcpy(w.SoilTorsionBlocks.col(t * n + v), pair_K.col(3 * n + 1 + v) + 3 * n + 1,
-                    static_cast<std::size_t>(n) * sizeof(float));
-    }
+    if (keep_torsion) KeepTorsionBlock(pair_K, n, t, k, w);
     const bool finite = !states || TorsionBlockFinite(pair_K, n);
     for (const auto& [p, q] : group.members) {
       CopyTorsionBlock(pair_K, layout, p, q, G, plus_zero);
