@@ -397,14 +397,14 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
         group_of[static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles) + static_cast<std::size_t>(p - 1)] = k;
 #pragma omp parallel for schedule(static) num_threads(threads) if (calls >= kParallelPairCalls)
     for (int q = 1; q <= piles; ++q) {
-      PopulateForWriting(G.col(M * (q - 1) + 1), static_cast<std::size_t>(M) * G.rows());
+      PopulateForWriting(G.col(layout.PileStart(q) + 1), static_cast<std::size_t>(M) * G.rows());
       const int* of_q = group_of.data() + static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles);
       for (int v = 1; v <= M; ++v) {
-        float* column = &G(1, M * (q - 1) + v);
+        float* column = &G(1, layout.PileStart(q) + v);
         for (int p = 1; p <= piles; ++p) {
           if (p == q) continue;
           const float* from = stored(of_q[p - 1]) + static_cast<std::size_t>(v - 1) * M;
-          float* to = column + static_cast<std::size_t>(p - 1) * M;
+          float* to = column + layout.PileStart(p);
           if (plus_zero) {
             for (int i = 0; i < M; ++i) to[i] = from[i] + 0.0f;
           } else {
