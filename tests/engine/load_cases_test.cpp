@@ -9,13 +9,13 @@
 #include <sstream>
 
 #include "engine/run_analysis.h"
-#include "engine_test_support.h"
+#include "../common/engine_support.h"
 #include "quellon.h"
 
 namespace quellon {
 namespace {
 
-using namespace testing_support;
+using namespace testing;
 using Snapshot = std::map<std::string, std::vector<float>>;
 
 // Three piles raked along X, along Y and not at all, 2 m free above two clay layers.

@@ -9,7 +9,8 @@
 #include <limits>
 
 #include "engine/run_analysis.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
+#include "../common/xml_xpath.h"
 
 namespace quellon {
 namespace {
@@ -88,7 +89,7 @@ TEST(NonFiniteResults, EndTheRunAsAFailureWithTheDocumentsSound) {
     EXPECT_EQ(messages.back(), "0 Finished running the boundary element analysis (failed)");
 
     // Increment 1 stands in both outputs, and nothing that isn't a number anywhere.
-    const testing::ParsedXML doc(xml.path());
+    const qtest::XmlDoc doc(xml.path());
     ASSERT_TRUE(doc.ok()) << "the XML output is not well-formed";
     EXPECT_EQ(doc.Count("/Tolmark/Output"), 1);
     EXPECT_EQ(doc.Count("//Pile-Cap"), 1);

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "../../fuzz/model_replay.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {

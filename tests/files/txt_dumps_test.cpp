@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "files/reports.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {

@@ -190,7 +190,7 @@ TEST_F(CorrectedMechanics, TheModeIsOptInKeptAcrossRunsAndNamedInEveryDocument) 
 TEST_F(CorrectedMechanics, TheWarningsOfTheFlawsItRemovesAreNotGiven) {
   // A torque on a group: the method as defined warns of its finite twist, the corrected
   // mechanics have none to warn of.
-  std::string path = (fs::path(QUELLON_TEST_DATA_DIR) / ".." / ".." / "examples" / "raked_group_torque.tmw").string();
+  std::string path = Example("raked_group_torque.tmw").string();
   path.resize(260, ' ');
   for (int mode : {0, 1}) {
     ASSERT_EQ(QuellonSetMechanics(mode), 1);
