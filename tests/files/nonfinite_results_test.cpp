@@ -18,9 +18,6 @@ namespace {
 using testing::ReadBytes;
 using testing::TempFile;
 
-std::vector<std::string> messages;
-void Record(const int* severity, const char* text) { messages.push_back(std::to_string(*severity) + " " + text); }
-
 Engine* poked = nullptr;
 RealMatrix* poked_matrix = nullptr;
 void PokeAtIncrement2(const int* increment) {
@@ -73,7 +70,8 @@ TEST(NonFiniteResults, EndTheRunAsAFailureWithTheDocumentsSound) {
     poked = &e;
     poked_matrix = &c.matrix(e.ws);
     e.callbacks.CreateIncrement = &PokeAtIncrement2;
-    e.project.MessageCallback = &Record;
+    e.project.MessageCallback = &testing::RecordMessage;
+    std::vector<std::string>& messages = testing::Received();
     messages.clear();
     ::testing::internal::CaptureStdout();
     EXPECT_EQ(RunAnalysis(e, xml.path(), txt.path()), 0);
