@@ -24,12 +24,6 @@ namespace {
 
 using namespace quellon_cli_test;
 
-std::string Padded260(const std::string& s) {
-  std::string p = s;
-  p.resize(260, ' ');
-  return p;
-}
-
 // What the engine gives a host for the same model, run in this process with the flags
 // the command-line host adds (the cap block of every increment and the full last one).
 struct EngineAnswer {

@@ -67,6 +67,12 @@ inline std::size_t Find(const Lines& lines, const std::string& text) {
   return at == lines.end() ? std::string::npos : static_cast<std::size_t>(at - lines.begin());
 }
 
+// A path in the blank-padded field of 260 characters that the fixed-length entries take.
+inline std::string Padded260(std::string path) {
+  path.resize(260, ' ');
+  return path;
+}
+
 // An example model file, its text, and its text with the first occurrence of from
 // replaced by to.
 inline fs::path Example(const std::string& name) { return fs::path(QUELLON_EXAMPLES_DIR) / name; }

@@ -18,14 +18,9 @@ namespace {
 
 using qtest::Edited;
 using qtest::Example;
+using qtest::Padded260;
 
 namespace fs = std::filesystem;
-
-std::string Padded260(const std::string& s) {
-  std::string p = s;
-  p.resize(260, ' ');
-  return p;
-}
 
 struct Findings {
   int read = 0;

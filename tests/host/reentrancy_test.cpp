@@ -36,8 +36,7 @@ struct CallsFromCounter {
 void CallIntoTheEngine(const int* increment) {
   if (*increment != 1) return;
   CallsFromCounter& c = from_counter;
-  std::string padded = c.tmw;
-  padded.resize(260, ' ');
+  const std::string padded = Padded260(c.tmw);
   c.refused = {QuellonSetNumberOfPileElements(40), QuellonSetBoreholeLayerStiffness(1, 1.0, 0.0, 1.0, 0.0, 0.3),
                QuellonSetNumberOfPiles(5), READTMWFILEDIRECT(padded.c_str()), QuellonRunAnalysis1(c.tmk.c_str())};
   c.layers = QuellonGetBoreholeNumberOfLayers();
