@@ -187,17 +187,17 @@ struct Sent {
 };
 inline Sent sent;
 inline RunCallbacks Recorder() {
-  RunCallbacks c;
-  c.CreateIncrement = [](const int* i) { sent.increments.push_back(*i); };
-  c.SendStiffnessMatrix = [](const float* g) { std::copy(g, g + 36, sent.grmat.emplace_back().begin()); };
-  c.SendForceDisplacementStiffnesses = [](const float* a, const float* b, const float* c, const float* d,
+  RunCallbacks r;
+  r.CreateIncrement = [](const int* i) { sent.increments.push_back(*i); };
+  r.SendStiffnessMatrix = [](const float* g) { std::copy(g, g + 36, sent.grmat.emplace_back().begin()); };
+  r.SendForceDisplacementStiffnesses = [](const float* a, const float* b, const float* c, const float* d,
                                           const float* f, const float* g, const float* h, const float* i,
                                           const float* j) { sent.stiffness.push_back({*a, *b, *c, *d, *f, *g, *h, *i, *j}); };
-  c.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
+  r.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
                           const float* g) { sent.loads.push_back({*a, *b, *c, *d, *f, *g}); };
-  c.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d, const float* f,
+  r.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d, const float* f,
                                   const float* g) { sent.moves.push_back({*a, *b, *c, *d, *f, *g}); };
-  return c;
+  return r;
 }
 // The recorder, emptied, on the engine behind the C API; or (off) nothing there.
 inline void SetHostCallbacks(bool on) {
