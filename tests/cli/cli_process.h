@@ -7,9 +7,15 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
+
+#include "../common/test_files.h"
 
 namespace quellon_cli_test {
+
+using namespace qtest;
 
 struct Outcome {
   int status = -1;  // the exit status, or -1 if the program did not exit normally
@@ -33,12 +39,66 @@ inline Outcome RunCli(const std::string& args, const std::string& dir = "") {
 }
 
 // An empty folder of its own under the system's temporary folder, for one test.
-inline std::filesystem::path Scratch(const std::string& name) {
-  const std::filesystem::path dir =
-      std::filesystem::temp_directory_path() / ("quellon-cli-" + name + "-" + std::to_string(::getpid()));
-  std::filesystem::remove_all(dir);
-  std::filesystem::create_directories(dir);
+inline fs::path Scratch(const std::string& name) {
+  const fs::path dir = fs::temp_directory_path() / ("quellon-cli-" + name + "-" + std::to_string(::getpid()));
+  fs::remove_all(dir);
+  fs::create_directories(dir);
   return dir;
+}
+
+// The example with the first occurrence of from replaced by to, written into dir as name.
+inline fs::path WriteEdited(const fs::path& dir, const std::string& name, const std::string& example,
+                            const std::string& from, const std::string& to) {
+  WriteBytes(dir / name, Edited(example, from, to));
+  return dir / name;
+}
+
+// A CSV file the host wrote: its header row and the rows of text fields after it.
+struct Csv {
+  std::vector<std::string> header;
+  std::vector<std::vector<std::string>> rows;
+  std::size_t col(const std::string& name) const {
+    for (std::size_t i = 0; i < header.size(); ++i)
+      if (header[i] == name) return i;
+    ADD_FAILURE() << "no column " << name;
+    return 0;
+  }
+  double num(std::size_t row, const std::string& name) const {
+    return std::strtod(rows[row][col(name)].c_str(), nullptr);
+  }
+};
+
+inline std::vector<std::string> Fields(const std::string& line) {
+  std::vector<std::string> f(1);
+  bool quoted = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    if (quoted && c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+      f.back() += '"';
+      ++i;
+    } else if (c == '"') {
+      quoted = !quoted;
+    } else if (c == ',' && !quoted) {
+      f.emplace_back();
+    } else {
+      f.back() += c;
+    }
+  }
+  return f;
+}
+
+inline Csv ReadCsv(const fs::path& path) {
+  Csv csv;
+  std::ifstream in(path, std::ios::binary);
+  std::string line;
+  while (std::getline(in, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (csv.header.empty())
+      csv.header = Fields(line);
+    else
+      csv.rows.push_back(Fields(line));
+  }
+  return csv;
 }
 
 }  // namespace quellon_cli_test

@@ -22,15 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using quellon_cli_test::Outcome;
-using quellon_cli_test::RunCli;
-using quellon_cli_test::Scratch;
-
-std::string Padded260(const std::string& s) {
-  std::string p = s;
-  p.resize(260, ' ');
-  return p;
-}
+using namespace quellon_cli_test;
 
 // What the engine gives a host for the same model, run in this process with the flags
 // the command-line host adds (the cap block of every increment and the full last one).
@@ -94,7 +86,7 @@ double SummaryStiffness(const std::string& out, const std::string& label) {
 class ExampleModel : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(ExampleModel, RunsAndSummarisesWhatTheEngineComputed) {
-  const fs::path model = fs::path(QUELLON_EXAMPLES_DIR) / (std::string(GetParam()) + ".tmw");
+  const fs::path model = Example(std::string(GetParam()) + ".tmw");
   const fs::path dir = Scratch(GetParam());
   const Outcome run = RunCli("run " + model.string() + " --out-dir " + dir.string());
   ASSERT_EQ(run.status, 0) << run.output;
@@ -128,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(Examples, ExampleModel,
 TEST(Cli, NonLinearSummaryTellsTheCapacityStop) {
   const fs::path dir = Scratch("capacity");
   const Outcome run =
-      RunCli("run " + (fs::path(QUELLON_EXAMPLES_DIR) / "nonlinear_layered_failure.tmw").string() + " --quiet --no-txt --out-dir " +
+      RunCli("run " + Example("nonlinear_layered_failure.tmw").string() + " --quiet --no-txt --out-dir " +
              dir.string());
   ASSERT_EQ(run.status, 0) << run.output;
   EXPECT_NE(run.output.find("Load against movement by increment"), std::string::npos);
@@ -137,26 +129,6 @@ TEST(Cli, NonLinearSummaryTellsTheCapacityStop) {
             std::string::npos)
       << run.output;
   EXPECT_FALSE(fs::exists(dir / "nonlinear_layered_failure.txt"));
-  fs::remove_all(dir);
-}
-
-// `check` names the file line of the reader's refusal (the reader's lines themselves are
-// the model reader tests' business) and passes a sound model.
-TEST(Cli, CheckNamesTheLineOfABrokenModel) {
-  const fs::path dir = Scratch("check");
-  // The single pile example: line 28 holds the layer values; a Poisson's ratio of 0.6.
-  std::ifstream in(fs::path(QUELLON_EXAMPLES_DIR) / "single_bored_pile_clay.tmw", std::ios::binary);
-  std::ofstream out(dir / "broken.tmw", std::ios::binary);
-  std::string line;
-  for (int n = 1; std::getline(in, line); ++n) out << (n == 28 ? "0 20000 2000 20000 2000 0.6\r" : line) << "\n";
-  out.close();
-  const Outcome check = RunCli("check " + (dir / "broken.tmw").string());
-  EXPECT_EQ(check.status, 3) << check.output;
-  EXPECT_NE(check.output.find("broken.tmw:28: "), std::string::npos) << check.output;
-  EXPECT_NE(check.output.find("Error reading data for layer: 1"), std::string::npos) << check.output;
-
-  const Outcome good = RunCli("check " + (fs::path(QUELLON_EXAMPLES_DIR) / "group_3x3_combined.tmw").string());
-  EXPECT_EQ(good.status, 0) << good.output;
   fs::remove_all(dir);
 }
 

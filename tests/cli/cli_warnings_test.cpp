@@ -19,33 +19,20 @@
 
 namespace {
 
-using quellon_cli_test::Outcome;
-using quellon_cli_test::RunCli;
+using namespace quellon_cli_test;
 
 namespace fs = std::filesystem;
 
 // The example with the first occurrence of from replaced by to, written into dir.
 fs::path Edited(const fs::path& dir, const std::string& example, const std::string& from, const std::string& to) {
-  std::ifstream in(fs::path(QUELLON_EXAMPLES_DIR) / example, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  std::string text = s.str();
-  const std::size_t at = text.find(from);
-  EXPECT_NE(at, std::string::npos) << from;
-  if (at != std::string::npos) text.replace(at, from.size(), to);
-  const fs::path out = dir / ("edited_" + std::to_string(at) + "_" + example);
-  std::ofstream(out, std::ios::binary) << text;
-  return out;
+  static int serial = 0;
+  return WriteEdited(dir, "edited_" + std::to_string(++serial) + "_" + example, example, from, to);
 }
 
 class CliWarnings : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() / ("quellon-cli-warnings-" + std::to_string(::getpid()));
-    fs::create_directories(dir_);
-  }
-  void TearDown() override { fs::remove_all(dir_); }
-  fs::path dir_;
+  ScratchDir scratch_{"quellon-cli-warnings"};
+  const fs::path& dir_ = scratch_.path();
 };
 
 TEST_F(CliWarnings, CheckFindsWhatRunRefusesAndWhatAReaderCannotSee) {
@@ -67,6 +54,10 @@ TEST_F(CliWarnings, CheckFindsWhatRunRefusesAndWhatAReaderCannotSee) {
        ""},
       {"silenced", Edited(dir_, "raked_group_torque.tmw", "250. 120. 3500.", "1500,0 0. 24000."), "--no-warnings", 0,
        {"reads without a problem"}, "warning:"},
+      // The reader's own refusal, at its file line; a sound model passes.
+      {"a value the reader refuses", Edited(dir_, "single_bored_pile_clay.tmw", "2000. 0.4", "2000. 0.6"), "", 3,
+       {"single_bored_pile_clay.tmw:28: ", "Error reading data for layer: 1"}, ""},
+      {"sound", Example("group_3x3_combined.tmw"), "", 0, {}, ""},
       {"a layer too many", Edited(dir_, "raked_group_torque.tmw", "\r\n2 2\r\n", "\r\n1 2\r\n"), "", 3,
        {".tmw:38: the line holds 5 more values", ".tmw:41: the reader stopped here: it expected the 8 values of the loads",
         ".tmw:32: 1 layer was announced on line 32, but lines 35 to 38 hold 12 values, 6 to a layer (2 layers)"},

@@ -3,8 +3,6 @@
 // element is on the pile, and the pile heads balance the cap. And the warnings after a
 // non-linear run: present where coarse increments let the stresses pass their limits,
 // absent where the ground is far from them.
-#include <libxml/parser.h>
-#include <libxml/xpath.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,91 +17,22 @@
 #include <string>
 #include <vector>
 
+#include "../common/xml_xpath.h"
 #include "cli_process.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using quellon_cli_test::Scratch;
+using namespace quellon_cli_test;
 
 // What quellon printed, marked when it did not exit with status 0.
-std::string RunCli(const std::string& args) {
-  const quellon_cli_test::Outcome o = quellon_cli_test::RunCli(args);
+std::string Printed(const std::string& args) {
+  const Outcome o = RunCli(args);
   return o.status == 0 ? o.output : o.output + "\n[exit status not 0]";
 }
 
-// ---- A CSV file: a header row and rows of text fields --------------------------------
-struct Csv {
-  std::vector<std::string> header;
-  std::vector<std::vector<std::string>> rows;
-  std::size_t col(const std::string& name) const {
-    for (std::size_t i = 0; i < header.size(); ++i)
-      if (header[i] == name) return i;
-    ADD_FAILURE() << "no column " << name;
-    return 0;
-  }
-  double num(std::size_t row, const std::string& name) const {
-    return std::strtod(rows[row][col(name)].c_str(), nullptr);
-  }
-};
-
-std::vector<std::string> Fields(const std::string& line) {
-  std::vector<std::string> f(1);
-  bool quoted = false;
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    const char c = line[i];
-    if (quoted && c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
-      f.back() += '"';
-      ++i;
-    } else if (c == '"') {
-      quoted = !quoted;
-    } else if (c == ',' && !quoted) {
-      f.emplace_back();
-    } else {
-      f.back() += c;
-    }
-  }
-  return f;
-}
-
-Csv ReadCsv(const fs::path& path) {
-  Csv csv;
-  std::ifstream in(path, std::ios::binary);
-  std::string line;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (csv.header.empty())
-      csv.header = Fields(line);
-    else
-      csv.rows.push_back(Fields(line));
-  }
-  return csv;
-}
-
-// ---- The XML output through XPath --------------------------------------------------
-class Xml {
- public:
-  explicit Xml(const fs::path& path)
-      : doc_(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET), xmlFreeDoc),
-        ctx_(doc_ ? xmlXPathNewContext(doc_.get()) : nullptr, xmlXPathFreeContext) {}
-  bool ok() const { return ctx_ != nullptr; }
-  // The number in the attribute the expression selects (the first match); NAN if none.
-  double num(const std::string& xpath) const {
-    const std::string s = text("string(" + xpath + ")");
-    return s.empty() ? std::nan("") : std::strtod(s.c_str(), nullptr);
-  }
-  std::string text(const std::string& xpath) const {
-    std::unique_ptr<xmlXPathObject, void (*)(xmlXPathObjectPtr)> r(
-        xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(xpath.c_str()), ctx_.get()), xmlXPathFreeObject);
-    if (!r || r->type != XPATH_STRING || r->stringval == nullptr) return "";
-    return reinterpret_cast<const char*>(r->stringval);
-  }
-
- private:
-  std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> doc_;
-  std::unique_ptr<xmlXPathContext, void (*)(xmlXPathContextPtr)> ctx_;
-};
+using Xml = qtest::XmlDoc;
 
 constexpr double kPi = 3.14159265358979;
 
@@ -121,37 +50,35 @@ class CsvOfExample : public ::testing::TestWithParam<const char*> {};
 TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
   const std::string name = GetParam();
   const fs::path dir = Scratch(name);
-  const std::string out = RunCli("run " + (fs::path(QUELLON_EXAMPLES_DIR) / (name + ".tmw")).string() +
-                                 " --quiet --out-dir " + dir.string());
+  const std::string out = Printed("run " + Example(name + ".tmw").string() + " --quiet --out-dir " + dir.string());
   ASSERT_EQ(out.find("[exit status not 0]"), std::string::npos) << out;
   const Xml xml(dir / (name + ".xml"));
   ASSERT_TRUE(xml.ok());
   const Csv heads = ReadCsv(dir / (name + ".heads.csv"));
   const Csv profiles = ReadCsv(dir / (name + ".profiles.csv"));
-  const bool nonlinear = xml.text("string(/Tolmark/Input/NonLinear)") == "1";
+  const bool nonlinear = xml.Text("/Tolmark/Input/NonLinear") == "1";
   EXPECT_EQ(fs::exists(dir / (name + ".history.csv")), nonlinear);
   if (!nonlinear) {
     EXPECT_EQ(out.find("[stress-overshoot]"), std::string::npos) << out;
     EXPECT_EQ(out.find("[group-capacity]"), std::string::npos) << out;
   }
 
-  const int n = static_cast<int>(xml.num("/Tolmark/Input/Piles/Elements"));
-  const double cx = xml.num("/Tolmark/Output/Increment[1]/Pile-Cap[1]/Centre-Of-Rotation/Position[@axis='X']/@value");
-  const double cy = xml.num("/Tolmark/Output/Increment[1]/Pile-Cap[1]/Centre-Of-Rotation/Position[@axis='Y']/@value");
+  const int n = static_cast<int>(xml.Number("/Tolmark/Input/Piles/Elements"));
+  const double cx = xml.Number("/Tolmark/Output/Increment[1]/Pile-Cap[1]/Centre-Of-Rotation/Position[@axis='X']/@value");
+  const double cy = xml.Number("/Tolmark/Output/Increment[1]/Pile-Cap[1]/Centre-Of-Rotation/Position[@axis='Y']/@value");
   std::vector<PileIn> piles;
   for (int p = 1;; ++p) {
     const std::string at = "/Tolmark/Input/Piles/Pile[" + std::to_string(p) + "]/";
-    if (xml.text("string(" + at + "@number)").empty()) break;
-    const double a = xml.num(at + "XRake/@value") * kPi / 180, e = xml.num(at + "YRake/@value") * kPi / 180;
-    piles.push_back({xml.num(at + "EmbeddedLength/@value"), xml.num(at + "FreeStandingLength/@value"),
-                     xml.num(at + "ExternalDiameter/@value"), xml.num(at + "BaseDiameter/@value"), std::cos(a),
-                     std::sin(a), std::cos(e), std::sin(e), xml.num(at + "XPosition/@value") - cx,
-                     xml.num(at + "YPosition/@value") - cy});
+    if (xml.Text(at + "@number").empty()) break;
+    const double a = xml.Number(at + "XRake/@value") * kPi / 180, e = xml.Number(at + "YRake/@value") * kPi / 180;
+    piles.push_back({xml.Number(at + "EmbeddedLength/@value"), xml.Number(at + "FreeStandingLength/@value"),
+                     xml.Number(at + "ExternalDiameter/@value"), xml.Number(at + "BaseDiameter/@value"), std::cos(a),
+                     std::sin(a), std::cos(e), std::sin(e), xml.Number(at + "XPosition/@value") - cx,
+                     xml.Number(at + "YPosition/@value") - cy});
   }
   const std::size_t P = piles.size();
   int increments = 0;
-  while (!xml.text("string(/Tolmark/Output/Increment[1]/Piles[" + std::to_string(increments + 1) +
-                   "]/No-Of-Piles/@number)")
+  while (!xml.Text("/Tolmark/Output/Increment[1]/Piles[" + std::to_string(increments + 1) + "]/No-Of-Piles/@number")
               .empty())
     ++increments;
   ASSERT_GT(increments, 0);
@@ -185,7 +112,7 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
     for (const auto& [column, node] : kLoads) {
       const std::string field = profiles.rows[row][profiles.col(column)];
       std::string path = el + (k > n && column == "axial stress (kPa)" ? "Bearing-Pressure" : node);
-      const double value = xml.num(path + "/@value");
+      const double value = xml.Number(path + "/@value");
       if (std::isnan(value)) {
         EXPECT_TRUE(field.empty() || std::strtod(field.c_str(), nullptr) == 0.0) << where << " " << column;
         continue;
@@ -196,9 +123,9 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
       if (nonlinear && k > 0 && column.find("stress") != std::string::npos) {
         const std::string kind = column.substr(0, column.find(" stress"));
         const std::string prefix = kind == "normal" ? "normal " + column.substr(14, 1) : kind;
-        ExpectSame(profiles.num(row, prefix + " limit (kPa)"), xml.num(path + "/@limit"), where + " limit");
+        ExpectSame(profiles.num(row, prefix + " limit (kPa)"), xml.Number(path + "/@limit"), where + " limit");
         EXPECT_EQ(profiles.num(row, prefix + " yielded (1 yes)") == 1,
-                  xml.text("string(" + path + "/@yield)") == "true")
+                  xml.Text(path + "/@yield") == "true")
             << where;
       }
     }
@@ -231,15 +158,15 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
       const PileIn& g = piles[p];
       const std::string head = "/Tolmark/Output/Increment[1]/Piles[" + std::to_string(inc) + "]/Pile[" +
                                std::to_string(p + 1) + "]/Element[@number='0']/";
-      const double A = xml.num(head + "Force[@axis='Z']/@value"), X = xml.num(head + "Force[@axis='X']/@value"),
-                   Y = xml.num(head + "Force[@axis='Y']/@value");
+      const double A = xml.Number(head + "Force[@axis='Z']/@value"), X = xml.Number(head + "Force[@axis='X']/@value"),
+                   Y = xml.Number(head + "Force[@axis='Y']/@value");
       const double V = g.ca * g.ce * A + g.sa * X + g.se * Y, Hx = g.ca * X - g.sa * A, Hy = g.ce * Y - g.se * A;
       ExpectSame(heads.num(row, "Fx (kN)"), Hx, "Fx");
       ExpectSame(heads.num(row, "Fy (kN)"), Hy, "Fy");
       ExpectSame(heads.num(row, "Fz (kN)"), V, "Fz");
       const double Mx = heads.num(row, "Mx (kNm)"), My = heads.num(row, "My (kNm)"), Mz = heads.num(row, "Mz (kNm)");
-      ExpectSame(My, xml.num(head + "Moment[@axis='Y']/@value"), "My");
-      ExpectSame(heads.num(row, "twist (mrad)"), xml.num(cap + "Effects/Rotation[@axis='Z']/@value"), "twist");
+      ExpectSame(My, xml.Number(head + "Moment[@axis='Y']/@value"), "My");
+      ExpectSame(heads.num(row, "twist (mrad)"), xml.Number(cap + "Effects/Rotation[@axis='Z']/@value"), "twist");
       // The head moments stand at cap level; the engine adds the piles up at the ground.
       const double Mxz = My + X * g.free / g.ca, Myz = Mx + Y * g.free / g.ce;
       const double terms[6] = {Hx,
@@ -256,16 +183,16 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
       const double wX = heads.num(row, "X movement (mm)") / 1000, wY = heads.num(row, "Y movement (mm)") / 1000,
                    wV = heads.num(row, "Z movement (mm)") / 1000;
       const double axial = g.ca * g.ce * wV - g.sa * wX - g.se * wY;
-      EXPECT_NEAR(axial, xml.num(head + "Displacement[@axis='Z']/@value"), 1e-4 + 1e-3 * std::fabs(axial)) << name;
-      EXPECT_NEAR(g.sa * wV + g.ca * wX, xml.num(head + "Displacement[@axis='X']/@value"),
+      EXPECT_NEAR(axial, xml.Number(head + "Displacement[@axis='Z']/@value"), 1e-4 + 1e-3 * std::fabs(axial)) << name;
+      EXPECT_NEAR(g.sa * wV + g.ca * wX, xml.Number(head + "Displacement[@axis='X']/@value"),
                   1.01e-4 + 1e-3 * std::fabs(wX));
-      EXPECT_NEAR(g.se * wV + g.ce * wY, xml.num(head + "Displacement[@axis='Y']/@value"),
+      EXPECT_NEAR(g.se * wV + g.ce * wY, xml.Number(head + "Displacement[@axis='Y']/@value"),
                   1.01e-4 + 1e-3 * std::fabs(wY));
     }
     static const char* const kCap[6] = {"Force[@axis='X']",  "Force[@axis='Y']",  "Force[@axis='Z']",
                                         "Moment[@axis='X']", "Moment[@axis='Y']", "Moment[@axis='Z']"};
     for (int a = 0; a < 6; ++a)
-      EXPECT_NEAR(load[a], xml.num(cap + "Actions/" + kCap[a] + "/@value"), 1e-3 * scale[a] + 0.05)
+      EXPECT_NEAR(load[a], xml.Number(cap + "Actions/" + kCap[a] + "/@value"), 1e-3 * scale[a] + 0.05)
           << name << " increment " << inc << " cap load " << a;
   }
 
@@ -282,7 +209,7 @@ TEST_P(CsvOfExample, ColumnsAreTheXmlValuesAndThePilesBalanceTheCap) {
                                                                 {std::string(1, X) + " (mm)", "Effects/Displacement"},
                                                                 {std::string("about ") + X + " (mrad)", "Effects/Rotation"}};
         for (const auto& [column, node] : columns)
-          ExpectSame(history.num(row, column), xml.num(cap + node + axis), "history " + column);
+          ExpectSame(history.num(row, column), xml.Number(cap + node + axis), "history " + column);
       }
     }
   }
@@ -295,17 +222,8 @@ INSTANTIATE_TEST_SUITE_P(Examples, CsvOfExample,
 
 // A copy of the non-linear example with its load line replaced.
 fs::path WithLoad(const fs::path& dir, const std::string& load_line) {
-  std::ifstream in(fs::path(QUELLON_EXAMPLES_DIR) / "nonlinear_layered_failure.tmw", std::ios::binary);
-  const fs::path out = dir / "model.tmw";
-  std::ofstream o(out, std::ios::binary);
-  std::string line;
-  bool next_is_load = false;
-  while (std::getline(in, line)) {
-    if (next_is_load) line = load_line + "\r";
-    next_is_load = line.rfind("[Fx(kN)", 0) == 0;
-    o << line << "\n";
-  }
-  return out;
+  return WriteEdited(dir, "model.tmw", "nonlinear_layered_failure.tmw", "\r\n0. 0. 24000. 0. 0. 0. 0. 0.\r\n",
+                     "\r\n" + load_line + "\r\n");
 }
 
 TEST(PostRunWarnings, FireWhereCoarseIncrementsOvershootTheLimitsOnly) {
@@ -313,22 +231,22 @@ TEST(PostRunWarnings, FireWhereCoarseIncrementsOvershootTheLimitsOnly) {
   // Ten increments to 24 MN: elements pass their limits by far before they yield, and the
   // group takes more than the sum of its limits before the run stops.
   std::string out =
-      RunCli("run " + WithLoad(dir, "0. 0. 24000. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
+      Printed("run " + WithLoad(dir, "0. 0. 24000. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
   EXPECT_NE(out.find("[stress-overshoot]"), std::string::npos) << out;
   EXPECT_NE(out.find("above a limiting stress at some increment (largest: "), std::string::npos) << out;
   // The capacity it quotes is the sum of the limits in the document: shaft friction over
   // the shaft area of each element, base pressure over the base area.
   const Xml xml(dir / "model.xml");
-  const int n = static_cast<int>(xml.num("/Tolmark/Input/Piles/Elements"));
+  const int n = static_cast<int>(xml.Number("/Tolmark/Input/Piles/Elements"));
   double capacity = 0;
   for (int p = 1; p <= 4; ++p) {
     const std::string in = "/Tolmark/Input/Piles/Pile[" + std::to_string(p) + "]/";
     const std::string last = "/Tolmark/Output/Increment[1]/Piles[last()]/Pile[" + std::to_string(p) + "]/";
-    const double ds = xml.num(in + "ExternalDiameter/@value"), db = xml.num(in + "BaseDiameter/@value");
-    const double h = xml.num(in + "EmbeddedLength/@value") / n;
+    const double ds = xml.Number(in + "ExternalDiameter/@value"), db = xml.Number(in + "BaseDiameter/@value");
+    const double h = xml.Number(in + "EmbeddedLength/@value") / n;
     for (int k = 1; k <= n; ++k)
-      capacity += xml.num(last + "Element[@number='" + std::to_string(k) + "']/Shear-Stress/@limit") * kPi * ds * h;
-    capacity += xml.num(last + "Toe/Bearing-Pressure/@limit") * kPi * db * db / 4;
+      capacity += xml.Number(last + "Element[@number='" + std::to_string(k) + "']/Shear-Stress/@limit") * kPi * ds * h;
+    capacity += xml.Number(last + "Toe/Bearing-Pressure/@limit") * kPi * db * db / 4;
   }
   char expected[96];
   std::snprintf(expected, sizeof expected, "sum of its limiting stresses, is %.0f kN", capacity);
@@ -336,7 +254,7 @@ TEST(PostRunWarnings, FireWhereCoarseIncrementsOvershootTheLimitsOnly) {
   EXPECT_NE(out.find("stopped at 14400 kN (increment 6)"), std::string::npos) << out;
 
   // A tenth of the load stays far from every limit: nothing to warn about.
-  out = RunCli("run " + WithLoad(dir, "0. 0. 2400. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
+  out = Printed("run " + WithLoad(dir, "0. 0. 2400. 0. 0. 0. 0. 0.").string() + " --quiet --out-dir " + dir.string());
   EXPECT_EQ(out.find("[exit status not 0]"), std::string::npos) << out;
   EXPECT_EQ(out.find("Warnings ("), std::string::npos) << out;
   fs::remove_all(dir);
@@ -344,21 +262,12 @@ TEST(PostRunWarnings, FireWhereCoarseIncrementsOvershootTheLimitsOnly) {
 
 TEST(CsvFiles, SkippedWhenTurnedOffOrWhenTheXmlLacksTheirData) {
   const fs::path dir = Scratch("skip");
-  const std::string model = (fs::path(QUELLON_EXAMPLES_DIR) / "single_bored_pile_clay.tmw").string();
-  std::string out = RunCli("run " + model + " --quiet --no-csv --out-dir " + dir.string());
+  std::string out = Printed("run " + Example("single_bored_pile_clay.tmw").string() + " --quiet --no-csv --out-dir " + dir.string());
   EXPECT_FALSE(fs::exists(dir / "single_bored_pile_clay.heads.csv")) << out;
   // The model's own flags without the ones that report the piles: nothing to write.
-  std::ifstream in(model, std::ios::binary);
-  std::ofstream o(dir / "bare.tmw", std::ios::binary);
-  std::string line;
-  bool flags = false;
-  while (std::getline(in, line)) {
-    if (flags) line = std::string(40, '0') + "\r";
-    flags = line.rfind("[Flags]", 0) == 0;
-    o << line << "\n";
-  }
-  o.close();
-  out = RunCli("run " + (dir / "bare.tmw").string() + " --quiet --keep-flags --out-dir " + dir.string());
+  const fs::path bare = WriteEdited(dir, "bare.tmw", "single_bored_pile_clay.tmw",
+                                    "[Flags]\r\n0100000000000001001011111011001000000000", "[Flags]\r\n" + std::string(40, '0'));
+  out = Printed("run " + bare.string() + " --quiet --keep-flags --out-dir " + dir.string());
   EXPECT_EQ(out.find("[exit status not 0]"), std::string::npos) << out;
   EXPECT_NE(out.find("bare.profiles.csv not written: the XML has no piles block"), std::string::npos) << out;
   EXPECT_FALSE(fs::exists(dir / "bare.profiles.csv"));

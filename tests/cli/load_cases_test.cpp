@@ -2,8 +2,6 @@
 // column, and on the 3 by 3 example a case equal to the model's own loads giving the
 // run's own cap movement and pile head loads, with the governing marks of the summary on
 // the rows that hold the largest value of each column.
-#include <libxml/parser.h>
-#include <libxml/xpath.h>
 
 #include <gtest/gtest.h>
 
@@ -16,16 +14,14 @@
 #include <string>
 #include <vector>
 
+#include "../common/xml_xpath.h"
 #include "cli_process.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using quellon_cli_test::RunCli;
-using quellon_cli_test::Scratch;
-
-void Write(const fs::path& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+using namespace quellon_cli_test;
 
 struct Refusal {
   const char* file;      // the case file's name, in the model's folder
@@ -45,58 +41,21 @@ TEST(LoadCases, AFaultyCaseFileIsRefusedBeforeTheRunWithItsLineAndColumn) {
   };
   for (const Refusal& r : refusals) {
     const fs::path dir = Scratch("load-cases-refused");
-    fs::copy_file(fs::path(QUELLON_EXAMPLES_DIR) / "group_3x3_combined.tmw", dir / "m.tmw");
-    Write(dir / r.file, r.text);
-    const quellon_cli_test::Outcome o = RunCli(std::string("run m.tmw --quiet --load-cases ") + r.file, dir.string());
+    fs::copy_file(Example("group_3x3_combined.tmw"), dir / "m.tmw");
+    WriteBytes(dir / r.file, r.text);
+    const Outcome o = RunCli(std::string("run m.tmw --quiet --load-cases ") + r.file, dir.string());
     EXPECT_EQ(o.status, 2) << r.expected;
     EXPECT_NE(o.output.find(r.expected), std::string::npos) << o.output;
     EXPECT_FALSE(fs::exists(dir / "m.xml")) << "the run started: " << r.expected;
   }
 }
 
-// ---- reading back what the run wrote ----------------------------------------------
-class Xml {
- public:
-  explicit Xml(const fs::path& path)
-      : doc_(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET), xmlFreeDoc),
-        ctx_(doc_ ? xmlXPathNewContext(doc_.get()) : nullptr, xmlXPathFreeContext) {}
-  bool ok() const { return ctx_ != nullptr; }
-  double num(const std::string& xpath) const {
-    std::unique_ptr<xmlXPathObject, void (*)(xmlXPathObjectPtr)> r(
-        xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(("number(" + xpath + ")").c_str()), ctx_.get()),
-        xmlXPathFreeObject);
-    return r ? r->floatval : std::nan("");
-  }
-
- private:
-  std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> doc_;
-  std::unique_ptr<xmlXPathContext, void (*)(xmlXPathContextPtr)> ctx_;
-};
-
-std::vector<std::vector<std::string>> CsvRows(const fs::path& path) {
-  std::vector<std::vector<std::string>> rows;
-  std::ifstream in(path, std::ios::binary);
-  std::string line;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    std::vector<std::string> fields(1);
-    for (const char c : line) {
-      if (c == ',')
-        fields.emplace_back();
-      else
-        fields.back() += c;
-    }
-    rows.push_back(fields);
-  }
-  return rows;
-}
+using Xml = qtest::XmlDoc;
 
 TEST(LoadCases, TheModelsOwnLoadsAsACaseGiveTheRunsOwnIncrementAndTheMarksGoToTheLargest) {
   const fs::path dir = Scratch("load-cases-example");
-  const fs::path examples(QUELLON_EXAMPLES_DIR);
-  const quellon_cli_test::Outcome o =
-      RunCli("run " + (examples / "group_3x3_combined.tmw").string() + " --quiet --out-dir " + dir.string() +
-             " --load-cases " + (examples / "group_3x3_cases.csv").string());
+  const Outcome o = RunCli("run " + Example("group_3x3_combined.tmw").string() + " --quiet --out-dir " + dir.string() +
+                           " --load-cases " + Example("group_3x3_cases.csv").string());
   ASSERT_EQ(o.status, 0) << o.output;
 
   // "as modelled" carries the model's own loads: the same cap movement and pile heads as
@@ -108,9 +67,9 @@ TEST(LoadCases, TheModelsOwnLoadsAsACaseGiveTheRunsOwnIncrementAndTheMarksGoToTh
   const std::string lc = "/Tolmark/Load-Cases/Load-Case[@name='as modelled']/Increment[1]";
   const auto expect_same = [&](const std::vector<std::string>& paths) {
     double largest = 0;
-    for (const std::string& p : paths) largest = std::max(largest, std::fabs(run.num(own + p)));
+    for (const std::string& p : paths) largest = std::max(largest, std::fabs(run.Number(own + p)));
     for (const std::string& p : paths)
-      EXPECT_NEAR(cases.num(lc + p), run.num(own + p), 2e-3 * largest + 1e-9) << p;
+      EXPECT_NEAR(cases.Number(lc + p), run.Number(own + p), 2e-3 * largest + 1e-9) << p;
   };
   std::vector<std::string> cap;
   for (const char* axis : {"X", "Y", "Z"})
@@ -130,9 +89,11 @@ TEST(LoadCases, TheModelsOwnLoadsAsACaseGiveTheRunsOwnIncrementAndTheMarksGoToTh
 
   // The summary's CSV: each column's mark on exactly the rows of its largest value, and
   // the cases built for it govern where their loads alone act.
-  const std::vector<std::vector<std::string>> rows = CsvRows(dir / "group_3x3_combined.cases.csv");
+  const Csv csv = ReadCsv(dir / "group_3x3_combined.cases.csv");
+  const std::vector<std::string>& header = csv.header;
+  std::vector<std::vector<std::string>> rows = csv.rows;
+  rows.insert(rows.begin(), header);
   ASSERT_EQ(rows.size(), 7u) << o.output;
-  const std::vector<std::string>& header = rows[0];
   const auto column = [&](const std::string& name) {
     return static_cast<std::size_t>(std::find(header.begin(), header.end(), name) - header.begin());
   };
@@ -187,20 +148,19 @@ TEST(LoadCases, TheModelsOwnLoadsAsACaseGiveTheRunsOwnIncrementAndTheMarksGoToTh
 // run stops, at the group's capacity; the table and its CSV say so.
 TEST(LoadCases, ANonLinearCaseStopsWhereTheRunStops) {
   const fs::path dir = Scratch("load-cases-nonlinear");
-  Write(dir / "cases.csv", "own,0,0,24000,0,0,0,0,0\n");  // the example's own loads
-  const quellon_cli_test::Outcome o =
-      RunCli("run " + (fs::path(QUELLON_EXAMPLES_DIR) / "nonlinear_layered_failure.tmw").string() +
-             " --quiet --out-dir " + dir.string() + " --load-cases " + (dir / "cases.csv").string());
+  WriteBytes(dir / "cases.csv", "own,0,0,24000,0,0,0,0,0\n");  // the example's own loads
+  const Outcome o = RunCli("run " + Example("nonlinear_layered_failure.tmw").string() + " --quiet --out-dir " +
+                           dir.string() + " --load-cases " + (dir / "cases.csv").string());
   ASSERT_EQ(o.status, 0) << o.output;
   const Xml run(dir / "nonlinear_layered_failure.xml");
-  const double stop = run.num("count(/Tolmark/Output/Increment[1]/Pile-Cap)");
+  const double stop = run.Number("count(/Tolmark/Output/Increment[1]/Pile-Cap)");
   ASSERT_GT(stop, 1);
-  ASSERT_LT(stop, run.num("/Tolmark/Output/No-Of-Increments/@number"));  // the run stopped early
-  const std::vector<std::vector<std::string>> rows = CsvRows(dir / "nonlinear_layered_failure.cases.csv");
-  ASSERT_EQ(rows.size(), 2u);
-  EXPECT_EQ(rows[0][2], "last increment");
-  EXPECT_EQ(rows[1][2], std::to_string(static_cast<int>(stop)));
-  EXPECT_EQ(rows[1][3], "1");
+  ASSERT_LT(stop, run.Number("/Tolmark/Output/No-Of-Increments/@number"));  // the run stopped early
+  const Csv csv = ReadCsv(dir / "nonlinear_layered_failure.cases.csv");
+  ASSERT_EQ(csv.rows.size(), 1u);
+  EXPECT_EQ(csv.header[2], "last increment");
+  EXPECT_EQ(csv.rows[0][2], std::to_string(static_cast<int>(stop)));
+  EXPECT_EQ(csv.rows[0][3], "1");
   EXPECT_NE(o.output.find("Case 1 (own) stopped at the axial capacity of the group"), std::string::npos) << o.output;
 }
 

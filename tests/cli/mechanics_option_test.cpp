@@ -10,26 +10,18 @@
 
 namespace {
 
-using quellon_cli_test::RunCli;
-using quellon_cli_test::Scratch;
-
-std::string Slurp(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using namespace quellon_cli_test;
 
 TEST(MechanicsOption, ACorrectedRunSaysSoAndAnUnknownModeIsRefused) {
   const std::filesystem::path dir = Scratch("mechanics");
-  const std::string model = std::string(QUELLON_EXAMPLES_DIR) + "/raked_group_torque.tmw";
+  const std::string model = Example("raked_group_torque.tmw").string();
   for (const bool corrected : {false, true}) {
     const auto o = RunCli("run '" + model + "' --out-dir '" + dir.string() + "'" +
                           (corrected ? " --mechanics corrected" : " --mechanics as-defined"));
     ASSERT_EQ(o.status, 0) << o.output;
     EXPECT_EQ(o.output.find("mechanics: corrected") != std::string::npos, corrected) << o.output;
     EXPECT_EQ(o.output.find("[cap-torque]") == std::string::npos, corrected) << o.output;
-    const std::string xml = Slurp(dir / "raked_group_torque.xml");
+    const std::string xml = ReadBytes(dir / "raked_group_torque.xml");
     EXPECT_EQ(xml.find("<Tolmark version=\"3.23\" mechanics=\"corrected\"") != std::string::npos, corrected);
   }
   EXPECT_EQ(RunCli("run '" + model + "' --out-dir '" + dir.string() + "' --mechanics exact").status, 2);

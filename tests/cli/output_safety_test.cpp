@@ -24,29 +24,22 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using quellon_cli_test::Outcome;
-using quellon_cli_test::RunCli;
-
-std::string Contents(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+using namespace quellon_cli_test;
 
 // Every file of a folder tree with its contents.
 std::map<std::string, std::string> Snapshot(const fs::path& dir) {
   std::map<std::string, std::string> files;
   for (const auto& f : fs::recursive_directory_iterator(dir))
-    if (f.is_regular_file()) files[fs::relative(f.path(), dir).string()] = Contents(f.path());
+    if (f.is_regular_file()) files[fs::relative(f.path(), dir).string()] = ReadBytes(f.path());
   return files;
 }
 
 // A folder holding pier.tmw, a copy of the single pile example, with line `line_no`
 // replaced if a replacement is given.
 fs::path Workspace(const std::string& name, int line_no = 0, const std::string& replacement = "") {
-  const fs::path dir = fs::temp_directory_path() / ("quellon-safety-" + name + "-" + std::to_string(::getpid()));
-  fs::remove_all(dir);
+  const fs::path dir = Scratch("safety-" + name);
   fs::create_directories(dir / "a");
-  std::istringstream in(Contents(fs::path(QUELLON_EXAMPLES_DIR) / "single_bored_pile_clay.tmw"));
+  std::istringstream in(ReadBytes(Example("single_bored_pile_clay.tmw")));
   std::ofstream out(dir / "pier.tmw", std::ios::binary);
   std::string line;
   for (int n = 1; std::getline(in, line); ++n) out << (n == line_no ? replacement + "\r" : line) << "\n";

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "engine/run_analysis.h"
-#include "engine_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {
 
-using namespace testing_support;
+using namespace testing;
 
 std::vector<std::vector<float>> stiffnesses;
 void Receive(const float* k) { stiffnesses.emplace_back(k, k + 36); }

@@ -9,13 +9,13 @@
 #include <sstream>
 
 #include "engine/run_analysis.h"
-#include "engine_test_support.h"
+#include "../common/engine_support.h"
 #include "quellon.h"
 
 namespace quellon {
 namespace {
 
-using namespace testing_support;
+using namespace testing;
 using Snapshot = std::map<std::string, std::vector<float>>;
 
 // Three piles raked along X, along Y and not at all, 2 m free above two clay layers.
@@ -46,6 +46,33 @@ Actions Loads(const Actions& a, int increments) {
 
 std::vector<float> Copy(const float* v, int count) { return std::vector<float>(v, v + count); }
 
+// Each result vector: its name, the workspace total it is, the callback's field, and its
+// length (0: a value a pile, 1: axial rows, 2: element rows).
+struct ResultVector {
+  const char* name;
+  RealVector Workspace::*total;
+  const float* QuellonLoadCaseResults::*field;
+  int rows;
+};
+using W = Workspace;
+using R = QuellonLoadCaseResults;
+const ResultVector kVectors[] = {
+    {"head_fx", &W::PileHeadX, &R::head_fx, 0}, {"head_fy", &W::PileHeadY, &R::head_fy, 0},
+    {"head_fz", &W::PileHeadAxial, &R::head_fz, 0}, {"head_mx", &W::PileHeadMomentYZ, &R::head_mx, 0},
+    {"head_my", &W::PileHeadMomentXZ, &R::head_my, 0}, {"head_mz", &W::PileHeadTorque, &R::head_mz, 0},
+    {"head_dx", &W::HeadDispX, &R::head_dx, 0}, {"head_dy", &W::HeadDispY, &R::head_dy, 0},
+    {"head_dz", &W::HeadDispAxial, &R::head_dz, 0}, {"head_twist", &W::HeadTwist, &R::head_twist, 0},
+    {"stress_axial", &W::StressAxial, &R::stress_axial, 1}, {"stress_x", &W::StressX, &R::stress_x, 2},
+    {"stress_y", &W::StressY, &R::stress_y, 2}, {"stress_torsion", &W::StressTorsion, &R::stress_torsion, 2},
+    {"disp_axial", &W::DispAxial, &R::disp_axial, 1}, {"disp_x", &W::DispX, &R::disp_x, 2},
+    {"disp_y", &W::DispY, &R::disp_y, 2}, {"twist", &W::Twist, &R::twist, 2},
+    {"load_axial", &W::LoadAxial, &R::load_axial, 1}, {"shear_x", &W::ShearX, &R::shear_x, 2},
+    {"shear_y", &W::ShearY, &R::shear_y, 2}, {"moment_xz", &W::MomentXZ, &R::moment_xz, 2},
+    {"moment_yz", &W::MomentYZ, &R::moment_yz, 2}, {"torque", &W::Torque, &R::torque, 2}};
+int Length(const ResultVector& v, int piles, int elements) {
+  return v.rows == 0 ? piles : v.rows == 1 ? (elements + 1) * piles : elements * piles;
+}
+
 // The run's totals after each increment, read from the workspace when the host receives
 // the cap's movement (also in an increment that uses up the group's capacity).
 Engine* observed = nullptr;
@@ -53,50 +80,22 @@ Snapshot run_totals;
 void TakeRunTotals(const float*, const float*, const float*, const float*, const float*, const float*) {
   const Workspace& w = observed->ws;
   const int P = observed->foundation.NumberOfPiles, n = observed->foundation.NumberOfElements;
-  const int axial = (n + 1) * P, other = n * P;
-  std::vector<float> cap_loads, cap_moves;
+  run_totals.clear();
   for (int a = 1; a <= 6; ++a) {
-    cap_loads.push_back(w.CapLoadTotal(ConvertAxis(a)));
-    cap_moves.push_back(w.CapDispTotal(ConvertAxis(a)));
+    run_totals["cap_loads"].push_back(w.CapLoadTotal(ConvertAxis(a)));
+    run_totals["cap_displacements"].push_back(w.CapDispTotal(ConvertAxis(a)));
   }
-  run_totals = {{"cap_loads", cap_loads}, {"cap_displacements", cap_moves},
-                {"head_fx", Copy(w.PileHeadX.data(), P)}, {"head_fy", Copy(w.PileHeadY.data(), P)},
-                {"head_fz", Copy(w.PileHeadAxial.data(), P)}, {"head_mx", Copy(w.PileHeadMomentYZ.data(), P)},
-                {"head_my", Copy(w.PileHeadMomentXZ.data(), P)}, {"head_mz", Copy(w.PileHeadTorque.data(), P)},
-                {"head_dx", Copy(w.HeadDispX.data(), P)}, {"head_dy", Copy(w.HeadDispY.data(), P)},
-                {"head_dz", Copy(w.HeadDispAxial.data(), P)}, {"head_twist", Copy(w.HeadTwist.data(), P)},
-                {"stress_axial", Copy(w.StressAxial.data(), axial)}, {"stress_x", Copy(w.StressX.data(), other)},
-                {"stress_y", Copy(w.StressY.data(), other)}, {"stress_torsion", Copy(w.StressTorsion.data(), other)},
-                {"disp_axial", Copy(w.DispAxial.data(), axial)}, {"disp_x", Copy(w.DispX.data(), other)},
-                {"disp_y", Copy(w.DispY.data(), other)}, {"twist", Copy(w.Twist.data(), other)},
-                {"load_axial", Copy(w.LoadAxial.data(), axial)}, {"shear_x", Copy(w.ShearX.data(), other)},
-                {"shear_y", Copy(w.ShearY.data(), other)}, {"moment_xz", Copy(w.MomentXZ.data(), other)},
-                {"moment_yz", Copy(w.MomentYZ.data(), other)}, {"torque", Copy(w.Torque.data(), other)}};
+  for (const ResultVector& v : kVectors) run_totals[v.name] = Copy((w.*v.total).data(), Length(v, P, n));
 }
 
 // What the load case callback received, by case.
 std::vector<Snapshot> cases_received;
 std::vector<std::string> case_names;
 void TakeCase(const QuellonLoadCaseResults* r) {
-  const int P = r->piles, axial = (r->elements + 1) * P, other = r->elements * P;
   case_names.push_back(std::to_string(r->number) + " " + r->name);
-  cases_received.push_back(
-      {{"cap_loads", Copy(r->cap_loads, 6)}, {"cap_displacements", Copy(r->cap_displacements, 6)},
-       {"head_fx", Copy(r->head_fx, P)}, {"head_fy", Copy(r->head_fy, P)}, {"head_fz", Copy(r->head_fz, P)},
-       {"head_mx", Copy(r->head_mx, P)}, {"head_my", Copy(r->head_my, P)}, {"head_mz", Copy(r->head_mz, P)},
-       {"head_dx", Copy(r->head_dx, P)}, {"head_dy", Copy(r->head_dy, P)}, {"head_dz", Copy(r->head_dz, P)},
-       {"head_twist", Copy(r->head_twist, P)}, {"stress_axial", Copy(r->stress_axial, axial)},
-       {"stress_x", Copy(r->stress_x, other)}, {"stress_y", Copy(r->stress_y, other)},
-       {"stress_torsion", Copy(r->stress_torsion, other)}, {"disp_axial", Copy(r->disp_axial, axial)},
-       {"disp_x", Copy(r->disp_x, other)}, {"disp_y", Copy(r->disp_y, other)}, {"twist", Copy(r->twist, other)},
-       {"load_axial", Copy(r->load_axial, axial)}, {"shear_x", Copy(r->shear_x, other)},
-       {"shear_y", Copy(r->shear_y, other)}, {"moment_xz", Copy(r->moment_xz, other)},
-       {"moment_yz", Copy(r->moment_yz, other)}, {"torque", Copy(r->torque, other)}});
-}
-
-std::string Bytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
+  Snapshot& got = cases_received.emplace_back();
+  got = {{"cap_loads", Copy(r->cap_loads, 6)}, {"cap_displacements", Copy(r->cap_displacements, 6)}};
+  for (const ResultVector& v : kVectors) got[v.name] = Copy(r->*v.field, Length(v, r->piles, r->elements));
 }
 
 int RunModel(Engine& e, const ScratchDir& dir, const std::string& name) {
@@ -178,8 +177,8 @@ TEST_P(LoadCasesRoute, EachCaseEqualsASeparateRunWithItsLoads) {
   }
   // The cases leave the run's own documents as they are without them, and go with the
   // model at the end of the run; the callback stays.
-  EXPECT_EQ(Bytes(dir / "with.xml"), Bytes(dir / "plain.xml"));
-  EXPECT_EQ(Bytes(dir / "with.txt"), Bytes(dir / "plain.txt"));
+  EXPECT_EQ(ReadBytes(dir / "with.xml"), ReadBytes(dir / "plain.xml"));
+  EXPECT_EQ(ReadBytes(dir / "with.txt"), ReadBytes(dir / "plain.txt"));
   EXPECT_TRUE(e.load_cases.cases.empty() && e.load_cases.xml_path.empty());
   EXPECT_EQ(e.load_cases.callback, &TakeCase);
 }
@@ -225,7 +224,7 @@ TEST(LoadCases, RunWithoutCasesDocumentIsRefused) {
   Received().clear();
   EXPECT_EQ(RunModel(e, dir, "refused"), 0);
   EXPECT_NE(Find(Received(), "2 Load cases are held but no load case XML file is set"), std::string::npos);
-  EXPECT_EQ(Bytes(dir / "refused.xml"), "");
+  EXPECT_EQ(ReadBytes(dir / "refused.xml"), "");
   EXPECT_TRUE(e.load_cases.cases.empty());
 }
 

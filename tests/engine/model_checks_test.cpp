@@ -7,13 +7,13 @@
 #include <limits>
 
 #include "engine/run_analysis.h"
-#include "engine_test_support.h"
+#include "../common/engine_support.h"
 #include "solution/solution.h"
 
 namespace quellon {
 namespace {
 
-using namespace testing_support;
+using namespace testing;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 using Change = std::function<void(Engine&)>;
@@ -140,9 +140,9 @@ TEST(ModelChecks, TablesFollowTheModelBeyondFiftyElementsAndLayers) {
   }
   e.foundation.Piles(1).Length = e.foundation.Piles(1).ReinforcedLength = 18.0f;
   e.actions.Fx = 50.0f;
-  testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStdout();
   EXPECT_EQ(RunAnalysis(e, (dir / "deep.xml").string(), std::nullopt), 1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Increment 1\nIncrement 2\n");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Increment 1\nIncrement 2\n");
   const std::vector<std::string> xml = ReadLines(dir / "deep.xml");
   EXPECT_EQ(xml.empty() ? "" : xml.back(), "</Tolmark>");
   for (const std::string& line : xml) EXPECT_EQ(line.find("nan"), std::string::npos) << line;

@@ -1,12 +1,12 @@
 #include "engine/run_analysis.h"
 
 #include "engine/file_units.h"
-#include "engine_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {
 
-using namespace testing_support;
+using namespace testing;
 
 void CountIncrement(const int*) {}
 
@@ -22,9 +22,9 @@ TEST(RunDriver, RunResetsTheModelButKeepsFilesCallbacksAndErrorCode) {
   p.CounterCallback = &CountIncrement;
   e.borehole.DepthToRigidLayer = 30.0f;
   ASSERT_EQ(StartLOGFile(e, (dir / "run.log").string()), 1);
-  testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStdout();
   ASSERT_EQ(RunAnalysis(e, (dir / "run.xml").string(), (dir / "run.txt").string()), 1);
-  testing::internal::GetCapturedStdout();
+  ::testing::internal::GetCapturedStdout();
   // The model is back to its reset values...
   EXPECT_EQ(std::vector<int>({p.Year, p.Month, p.Day, p.Flags(35), p.DynamicModel, p.NonLinear,
                               e.actions.NumberOfIncrements, e.foundation.NumberOfPiles}),

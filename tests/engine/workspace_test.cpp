@@ -6,12 +6,12 @@
 
 #include "engine/file_units.h"
 #include "engine/run_analysis.h"
-#include "engine_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {
 
-using namespace testing_support;
+using namespace testing;
 
 void SetShape(Engine& e, int piles, int elements, int increments, bool dynamic) {
   e.foundation.NumberOfPiles = piles;

@@ -12,7 +12,8 @@
 #include <vector>
 
 #include "quellon.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
+#include "../common/xml_xpath.h"
 
 namespace quellon {
 namespace {
@@ -97,7 +98,7 @@ TEST(LogRun, EveryLineOfARunToTheAxialCapacityInItsOrder) {
   QuellonCloseAllFiles();
   testing::SetHostCallbacks(false);
   ASSERT_EQ(result, 1);
-  EXPECT_TRUE(testing::ParsedXML(xml).ok());  // the document of a run stopped early parses
+  EXPECT_TRUE(qtest::XmlDoc(xml).ok());  // the document of a run stopped early parses
 
   const std::vector<std::string> lines = testing::ReadLines(log);
   ASSERT_GE(lines.size(), 8u);

@@ -9,16 +9,14 @@
 #include <limits>
 
 #include "engine/run_analysis.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
+#include "../common/xml_xpath.h"
 
 namespace quellon {
 namespace {
 
 using testing::ReadBytes;
 using testing::TempFile;
-
-std::vector<std::string> messages;
-void Record(const int* severity, const char* text) { messages.push_back(std::to_string(*severity) + " " + text); }
 
 Engine* poked = nullptr;
 RealMatrix* poked_matrix = nullptr;
@@ -72,7 +70,8 @@ TEST(NonFiniteResults, EndTheRunAsAFailureWithTheDocumentsSound) {
     poked = &e;
     poked_matrix = &c.matrix(e.ws);
     e.callbacks.CreateIncrement = &PokeAtIncrement2;
-    e.project.MessageCallback = &Record;
+    e.project.MessageCallback = &testing::RecordMessage;
+    std::vector<std::string>& messages = testing::Received();
     messages.clear();
     ::testing::internal::CaptureStdout();
     EXPECT_EQ(RunAnalysis(e, xml.path(), txt.path()), 0);
@@ -88,7 +87,7 @@ TEST(NonFiniteResults, EndTheRunAsAFailureWithTheDocumentsSound) {
     EXPECT_EQ(messages.back(), "0 Finished running the boundary element analysis (failed)");
 
     // Increment 1 stands in both outputs, and nothing that isn't a number anywhere.
-    const testing::ParsedXML doc(xml.path());
+    const qtest::XmlDoc doc(xml.path());
     ASSERT_TRUE(doc.ok()) << "the XML output is not well-formed";
     EXPECT_EQ(doc.Count("/Tolmark/Output"), 1);
     EXPECT_EQ(doc.Count("//Pile-Cap"), 1);

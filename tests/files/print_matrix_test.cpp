@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "files/print_pile_table.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {

@@ -8,13 +8,12 @@
 #include "engine/file_units.h"
 #include "files/text_model.h"
 #include "files/tmw_reader.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {
 
 using testing::FillSampleModel;
-using testing::JoinLines;
 using testing::ReadBytes;
 using testing::TempFile;
 
@@ -57,6 +56,13 @@ std::string Write(Engine& e, const std::string& path) {
   EXPECT_EQ(CreateTMKFile(e, path), 1);
   CloseTMKFile(e);
   return ReadBytes(path);
+}
+
+// The lines as a file of CR LF lines, the first `count` of them.
+std::string JoinLines(const std::vector<std::string>& lines, std::size_t count = std::string::npos) {
+  std::string s;
+  for (std::size_t i = 0; i < lines.size() && i < count; ++i) s += lines[i] + "\r\n";
+  return s;
 }
 
 struct ReadResult {

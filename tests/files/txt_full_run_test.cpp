@@ -15,7 +15,8 @@
 #include "engine/model_tables.h"
 #include "engine/notify.h"
 #include "engine/run_analysis.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
+#include "../common/xml_xpath.h"
 
 namespace quellon {
 namespace {
@@ -163,7 +164,7 @@ std::vector<std::string> RunAgainstGolden(Engine& e, const std::string& golden_n
   ::testing::internal::GetCapturedStdout();
   e.files.txt.close(), e.files.xml.close(), e.project.TXTUnit = e.project.XMLUnit = 0;
   testing::ExpectGolden(txt.path(), golden_name);
-  EXPECT_TRUE(testing::ParsedXML(xml.path()).ok());
+  EXPECT_TRUE(qtest::XmlDoc(xml.path()).ok());
   return ReadLines(txt.path());
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "files/reports.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
 
 namespace quellon {
 namespace {

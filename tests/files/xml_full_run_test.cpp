@@ -11,12 +11,13 @@
 #include <vector>
 
 #include "engine/run_analysis.h"
-#include "txt_test_support.h"
+#include "../common/engine_support.h"
+#include "../common/xml_xpath.h"
 
 namespace quellon {
 namespace {
 
-using testing::ParsedXML;
+using ParsedXML = qtest::XmlDoc;
 using Six = std::array<float, 6>;
 
 using testing::sent;

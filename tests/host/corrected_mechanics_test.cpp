@@ -187,26 +187,5 @@ TEST_F(CorrectedMechanics, TheModeIsOptInKeptAcrossRunsAndNamedInEveryDocument) 
   EXPECT_EQ(ReadLines(after.txt), ReadLines(before.txt));
 }
 
-TEST_F(CorrectedMechanics, TheWarningsOfTheFlawsItRemovesAreNotGiven) {
-  // A torque on a group: the method as defined warns of its finite twist, the corrected
-  // mechanics have none to warn of.
-  std::string path = (fs::path(QUELLON_TEST_DATA_DIR) / ".." / ".." / "examples" / "raked_group_torque.tmw").string();
-  path.resize(260, ' ');
-  for (int mode : {0, 1}) {
-    ASSERT_EQ(QuellonSetMechanics(mode), 1);
-    ASSERT_EQ(READTMWFILEDIRECT(path.c_str()), 1);
-    EXPECT_EQ(QuellonCheckModel(), 1);
-    bool warned = false;
-    char buffer[1024];
-    for (int i = 1; i <= QuellonGetDiagnostic(0, nullptr, 0); ++i) {
-      QuellonGetDiagnostic(i, buffer, sizeof buffer);
-      warned = warned || std::string(buffer).find("\tcap-torque\t") != std::string::npos;
-    }
-    EXPECT_EQ(warned, mode == 0) << "mode " << mode;
-    QuellonRunAnalysis1(Path("consumed.xml").c_str());  // a run empties the model
-    QuellonCloseAllFiles();
-  }
-}
-
 }  // namespace
 }  // namespace host

@@ -135,8 +135,7 @@ TEST_F(HostShell, FailedOpeningKeepsTheModelEachRunReplacesTheOutputsAndClosesSp
               {"c.xml", nullptr, {"Closed XML output file", kRunning}}};
   for (const auto& run : runs) {
     if (QuellonGetBoreholeNumberOfLayers() == 0) Enter(Small());
-    std::string xml = Path(run.xml), txt = Path(run.txt != nullptr ? run.txt : "");
-    xml.resize(260, ' '), txt.resize(260, ' ');
+    const std::string xml = Padded260(Path(run.xml)), txt = Padded260(Path(run.txt != nullptr ? run.txt : ""));
     recorder_clear();
     ASSERT_EQ(RUNANALYSISDIRECT(xml.c_str(), run.txt != nullptr ? txt.c_str() : nullptr, nullptr), 1);
     const Lines info = Messages(Events(), 0);

@@ -14,17 +14,6 @@
 
 namespace host {
 
-Lines ReadLines(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  Lines lines;
-  for (std::string line; std::getline(in, line);) {
-    const bool crlf = !line.empty() && line.back() == '\r' && !in.eof();
-    EXPECT_TRUE(crlf) << "line without CR LF in " << path;
-    lines.push_back(line.substr(0, line.size() - (crlf ? 1 : 0)));
-  }
-  return lines;
-}
-
 Lines Events() {
   Lines lines;
   std::istringstream in(recorder_text());
@@ -38,11 +27,6 @@ Lines Messages(const Lines& events, int severity) {
   for (const std::string& e : events)
     if (e.rfind(prefix, 0) == 0) texts.push_back(e.substr(prefix.size()));
   return texts;
-}
-
-std::size_t Find(const Lines& lines, const std::string& text) {
-  const auto it = std::find(lines.begin(), lines.end(), text);
-  return it == lines.end() ? std::string::npos : static_cast<std::size_t>(it - lines.begin());
 }
 
 Model Row(int piles, int elements, int increments, double fz) {
@@ -164,17 +148,10 @@ XmlResults ReadXml(const fs::path& path) {
   return r;
 }
 
-void HostTest::SetUp() {
-  static int serial = 0;
-  dir = fs::temp_directory_path() / ("quellon_host_" + std::to_string(getpid()) + "_" + std::to_string(++serial));
-  fs::create_directories(dir);
-}
-
 void HostTest::TearDown() {
   QuellonCloseAllFiles();
   recorder_register_all(0);
   recorder_clear();
-  fs::remove_all(dir);
 }
 
 }  // namespace host

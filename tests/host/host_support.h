@@ -12,18 +12,15 @@
 #include <string>
 #include <vector>
 
+#include "../common/test_files.h"
+
 namespace host {
 
-namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
+using namespace qtest;
 
-// The engine's text files end every line in CR LF; a bare LF fails the test.
-Lines ReadLines(const fs::path& path);
 // The recorder's lines, and the texts of the messages of one severity among them.
 Lines Events();
 Lines Messages(const Lines& events, int severity);
-// Index of the first line equal to text, npos if none.
-std::size_t Find(const Lines& lines, const std::string& text);
 
 // Setter units: m, degrees, kN, kPa; section stiffnesses in MN and MNm^2.
 struct PileInput {
@@ -99,10 +96,10 @@ XmlResults ReadXml(const fs::path& path);
 
 class HostTest : public ::testing::Test {
  protected:
-  void SetUp() override;
   // Closes every file and clears every registration; each test leaves no model behind.
   void TearDown() override;
-  fs::path dir;
+  ScratchDir scratch{"quellon_host"};
+  const fs::path& dir = scratch.path();
   std::string Path(const std::string& name) const { return (dir / name).string(); }
 };
 

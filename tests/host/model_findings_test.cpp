@@ -11,35 +11,16 @@
 #include <string>
 #include <vector>
 
+#include "../common/test_files.h"
 #include "quellon.h"
 
 namespace {
 
+using qtest::Edited;
+using qtest::Example;
+using qtest::Padded260;
+
 namespace fs = std::filesystem;
-
-const fs::path kExamples = fs::path(QUELLON_TEST_DATA_DIR) / ".." / ".." / "examples";
-
-std::string Slurp(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-std::string Padded260(const std::string& s) {
-  std::string p = s;
-  p.resize(260, ' ');
-  return p;
-}
-
-// The example with the first occurrence of from replaced by to.
-std::string Edited(const std::string& example, const std::string& from, const std::string& to) {
-  std::string text = Slurp(kExamples / example);
-  const std::size_t at = text.find(from);
-  EXPECT_NE(at, std::string::npos) << from;
-  if (at != std::string::npos) text.replace(at, from.size(), to);
-  return text;
-}
 
 struct Findings {
   int read = 0;
@@ -83,10 +64,10 @@ TEST(ModelFindings, EachPitfallIsFoundAndSoundModelsGiveNone) {
   const char* loads = "250. 120. 3500. 0. 0. 800. 0.5 0.";
   const char* pile1 = "1 20. 0.9 0. 0.9 0. 0. 0. 0. 0. 20500. 1040. 1040. 805. 12. 19085. 966. 966. 805.";
   const std::vector<Case> cases = {
-      {"sound single", [] { return Slurp(kExamples / "single_bored_pile_clay.tmw"); }, 1, 1, {}},
-      {"sound group", [] { return Slurp(kExamples / "group_3x3_combined.tmw"); }, 1, 1, {}},
-      {"sound non-linear", [] { return Slurp(kExamples / "nonlinear_layered_failure.tmw"); }, 1, 1, {}},
-      {"torque", [] { return Slurp(kExamples / "raked_group_torque.tmw"); }, 1, 1, {"cap-torque 0"}},
+      {"sound single", [] { return qtest::ReadBytes(Example("single_bored_pile_clay.tmw")); }, 1, 1, {}},
+      {"sound group", [] { return qtest::ReadBytes(Example("group_3x3_combined.tmw")); }, 1, 1, {}},
+      {"sound non-linear", [] { return qtest::ReadBytes(Example("nonlinear_layered_failure.tmw")); }, 1, 1, {}},
+      {"torque", [] { return qtest::ReadBytes(Example("raked_group_torque.tmw")); }, 1, 1, {"cap-torque 0"}},
       {"decimal comma on the loads line",
        [&] { return Edited("raked_group_torque.tmw", loads, "1500,0 0. 24000. 0. 0. 0. 0. 0."); }, 1, 1,
        {"decimal-comma 42", "values-dropped 42"}},
@@ -143,14 +124,14 @@ TEST(ModelFindings, EachPitfallIsFoundAndSoundModelsGiveNone) {
 std::string RunDocuments(const std::string& example, bool check_first) {
   const fs::path dir = fs::temp_directory_path() / ("quellon-findings-run-" + std::to_string(::getpid()));
   fs::create_directories(dir);
-  EXPECT_EQ(READTMWFILEDIRECT(Padded260((kExamples / example).string()).c_str()), 1);
+  EXPECT_EQ(READTMWFILEDIRECT(Padded260(Example(example).string()).c_str()), 1);
   if (check_first) {
     EXPECT_EQ(QuellonCheckModel(), 1);
   }
   const fs::path xml = dir / "run.xml", txt = dir / "run.txt";
   EXPECT_EQ(QuellonRunAnalysis2(xml.string().c_str(), txt.string().c_str()), 1);
   QuellonCloseAllFiles();
-  const std::string documents = Slurp(xml) + Slurp(txt);
+  const std::string documents = qtest::ReadBytes(xml) + qtest::ReadBytes(txt);
   fs::remove_all(dir);
   return documents;
 }

@@ -18,12 +18,6 @@ const std::string kSuccess = "[Info] Finished running the boundary element analy
 
 using Reentry = HostTest;
 
-std::string ReadAll(const std::string& path) {
-  std::ostringstream s;
-  s << std::ifstream(path, std::ios::binary).rdbuf();
-  return s.str();
-}
-
 // Two piles in two layers, non-linear in three steps, with a sideways load.
 void EnterModel() {
   Model m = Row(2, 3, 3, 200.0);
@@ -42,8 +36,7 @@ struct CallsFromCounter {
 void CallIntoTheEngine(const int* increment) {
   if (*increment != 1) return;
   CallsFromCounter& c = from_counter;
-  std::string padded = c.tmw;
-  padded.resize(260, ' ');
+  const std::string padded = Padded260(c.tmw);
   c.refused = {QuellonSetNumberOfPileElements(40), QuellonSetBoreholeLayerStiffness(1, 1.0, 0.0, 1.0, 0.0, 0.3),
                QuellonSetNumberOfPiles(5), READTMWFILEDIRECT(padded.c_str()), QuellonRunAnalysis1(c.tmk.c_str())};
   c.layers = QuellonGetBoreholeNumberOfLayers();
@@ -82,9 +75,9 @@ TEST_F(Reentry, CallsFromACallbackLeaveTheRunAsItWouldHaveBeen) {
                                                               "An analysis is already running"}));
   // The run is the one that no host disturbed, to the byte, and the model file written
   // mid-run holds the model being analysed.
-  EXPECT_EQ(ReadAll(Path("busy.xml")), ReadAll(Path("quiet.xml")));
-  EXPECT_EQ(ReadAll(Path("busy.txt")), ReadAll(Path("quiet.txt")));
-  EXPECT_EQ(ReadAll(Path("during.tmk")), ReadAll(Path("model.tmw")));
+  EXPECT_EQ(ReadBytes(Path("busy.xml")), ReadBytes(Path("quiet.xml")));
+  EXPECT_EQ(ReadBytes(Path("busy.txt")), ReadBytes(Path("quiet.txt")));
+  EXPECT_EQ(ReadBytes(Path("during.tmk")), ReadBytes(Path("model.tmw")));
   // The LOG changed files between two lines of the run: the first holds the end of the
   // undisturbed run only, the second the end of this one.
   QuellonCloseLOGFile();

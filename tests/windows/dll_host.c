@@ -47,74 +47,31 @@ static int load_library(const char* path) { return (library = dlopen(path, RTLD_
 static void* symbol(const char* name) { return dlsym(library, name); }
 #endif
 
-/* A pointer to the export of that name, typed as quellon.h declares it. */
-#define IMPORT(f) __typeof__(&f) p_##f
+/* The exports this host calls, each as a pointer typed as quellon.h declares it. */
+#define EXPORTS(X) \
+  X(QuellonCreateLOGFile) X(QuellonCloseAllFiles) X(QuellonSetProjectCounterCallback) \
+  X(QuellonSetWindowMessageObserver) X(QuellonSetProjectFlags) X(QuellonSetBoreholeNumberOfLayers) \
+  X(QuellonSetBoreholeLayerAveraging) X(QuellonSetBoreholeLayerDepth) X(QuellonSetBoreholeLayerStiffness) \
+  X(QuellonSetGroundType) X(QuellonSetGroundWeightDensity) X(QuellonSetSoilUndrainedShearStrength) \
+  X(QuellonSetSoilUndrainedInterfaceParameter) X(QuellonSetNumberOfPiles) X(QuellonSetNumberOfPileElements) \
+  X(QuellonSetPileInteractionFlag) X(QuellonSetPileCoordinates) X(QuellonSetPileRake) \
+  X(QuellonSetPileDimensions) X(QuellonSetPileReinforcedSectionProperties) \
+  X(QuellonSetPileUnreinforcedSectionProperties) X(QuellonSetPileFreeStandingLength) \
+  X(QuellonSetProjectHyperbolicFactors) X(QuellonSetNumberOfLoadIncrements) X(QuellonSetActions) \
+  X(QuellonRunAnalysis2) X(READTMWFILEDIRECT) X(RUNANALYSISDIRECT)
+#define IMPORT(f) static __typeof__(&f) p_##f;
+EXPORTS(IMPORT)
+
 #define RESOLVE(f)                                              \
   do {                                                          \
     void* address = symbol(#f);                                 \
     check(address != NULL, "export " #f);                       \
     if (address == NULL) return 0;                              \
     memcpy(&p_##f, &address, sizeof address);                   \
-  } while (0)
-
-static IMPORT(QuellonCreateLOGFile);
-static IMPORT(QuellonCloseAllFiles);
-static IMPORT(QuellonSetProjectCounterCallback);
-static IMPORT(QuellonSetWindowMessageObserver);
-static IMPORT(QuellonSetProjectFlags);
-static IMPORT(QuellonSetBoreholeNumberOfLayers);
-static IMPORT(QuellonSetBoreholeLayerAveraging);
-static IMPORT(QuellonSetBoreholeLayerDepth);
-static IMPORT(QuellonSetBoreholeLayerStiffness);
-static IMPORT(QuellonSetGroundType);
-static IMPORT(QuellonSetGroundWeightDensity);
-static IMPORT(QuellonSetSoilUndrainedShearStrength);
-static IMPORT(QuellonSetSoilUndrainedInterfaceParameter);
-static IMPORT(QuellonSetNumberOfPiles);
-static IMPORT(QuellonSetNumberOfPileElements);
-static IMPORT(QuellonSetPileInteractionFlag);
-static IMPORT(QuellonSetPileCoordinates);
-static IMPORT(QuellonSetPileRake);
-static IMPORT(QuellonSetPileDimensions);
-static IMPORT(QuellonSetPileReinforcedSectionProperties);
-static IMPORT(QuellonSetPileUnreinforcedSectionProperties);
-static IMPORT(QuellonSetPileFreeStandingLength);
-static IMPORT(QuellonSetProjectHyperbolicFactors);
-static IMPORT(QuellonSetNumberOfLoadIncrements);
-static IMPORT(QuellonSetActions);
-static IMPORT(QuellonRunAnalysis2);
-static IMPORT(READTMWFILEDIRECT);
-static IMPORT(RUNANALYSISDIRECT);
+  } while (0);
 
 static int resolve_all(void) {
-  RESOLVE(QuellonCreateLOGFile);
-  RESOLVE(QuellonCloseAllFiles);
-  RESOLVE(QuellonSetProjectCounterCallback);
-  RESOLVE(QuellonSetWindowMessageObserver);
-  RESOLVE(QuellonSetProjectFlags);
-  RESOLVE(QuellonSetBoreholeNumberOfLayers);
-  RESOLVE(QuellonSetBoreholeLayerAveraging);
-  RESOLVE(QuellonSetBoreholeLayerDepth);
-  RESOLVE(QuellonSetBoreholeLayerStiffness);
-  RESOLVE(QuellonSetGroundType);
-  RESOLVE(QuellonSetGroundWeightDensity);
-  RESOLVE(QuellonSetSoilUndrainedShearStrength);
-  RESOLVE(QuellonSetSoilUndrainedInterfaceParameter);
-  RESOLVE(QuellonSetNumberOfPiles);
-  RESOLVE(QuellonSetNumberOfPileElements);
-  RESOLVE(QuellonSetPileInteractionFlag);
-  RESOLVE(QuellonSetPileCoordinates);
-  RESOLVE(QuellonSetPileRake);
-  RESOLVE(QuellonSetPileDimensions);
-  RESOLVE(QuellonSetPileReinforcedSectionProperties);
-  RESOLVE(QuellonSetPileUnreinforcedSectionProperties);
-  RESOLVE(QuellonSetPileFreeStandingLength);
-  RESOLVE(QuellonSetProjectHyperbolicFactors);
-  RESOLVE(QuellonSetNumberOfLoadIncrements);
-  RESOLVE(QuellonSetActions);
-  RESOLVE(QuellonRunAnalysis2);
-  RESOLVE(READTMWFILEDIRECT);
-  RESOLVE(RUNANALYSISDIRECT);
+  EXPORTS(RESOLVE)
   return 1;
 }
 

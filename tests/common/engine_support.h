@@ -1,16 +1,13 @@
-// Shared set-up of the file tests: scratch files, lines read back, golden files, small
-// models filled straight into the records, and a parsed XML document.
+// Shared by the tests that reach inside the engine: the common files and folders, files
+// named after the running test, golden reports, messages and callbacks recorded, and
+// small models written straight into the records.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <libxml/parser.h>
-#include <libxml/xpath.h>
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,18 +15,26 @@
 #include "engine/model_tables.h"
 #include "engine/workspace.h"
 #include "quellon.h"
+#include "test_files.h"
 
 namespace quellon::testing {
+
+using qtest::Find;
+using qtest::ReadBytes;
+using qtest::ReadLines;
+using qtest::ScratchDir;
+using qtest::WriteBytes;
+namespace fs = std::filesystem;
 
 // A file in the temporary folder, named after the running test, removed at its end.
 class TempFile {
  public:
   explicit TempFile(const std::string& suffix) {
     const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    path_ = (std::filesystem::temp_directory_path() /
+    path_ = (fs::temp_directory_path() /
              (std::string("quellon_") + info->test_suite_name() + "_" + info->name() + suffix)).string();
   }
-  ~TempFile() { std::filesystem::remove(path_, ec_); }
+  ~TempFile() { fs::remove(path_, ec_); }
   const std::string& path() const { return path_; }
 
  private:
@@ -37,41 +42,14 @@ class TempFile {
   std::error_code ec_;
 };
 
-inline std::string ReadBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-inline void WriteBytes(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
-// The lines of a file written with CR LF ends.
-inline std::vector<std::string> ReadLines(const std::string& path) {
-  const std::string b = ReadBytes(path);
-  EXPECT_TRUE(b.empty() || b.ends_with("\r\n")) << "last line without CR LF in " << path;
-  std::vector<std::string> lines;
-  for (std::size_t at = 0, end; at < b.size(); at = end + 2) {
-    end = std::min(b.find("\r\n", at), b.size());
-    lines.push_back(b.substr(at, end - at));
-  }
-  return lines;
-}
-inline std::string JoinLines(const std::vector<std::string>& lines, std::size_t count = std::string::npos) {
-  std::string s;
-  for (std::size_t i = 0; i < lines.size() && i < count; ++i) s += lines[i] + "\r\n";
-  return s;
-}
-
 // The file against a golden file of the test data; on a mismatch the actual text is kept
 // in the temporary folder for a diff.
 inline void ExpectGolden(const std::string& actual_path, const std::string& golden_name) {
   const std::string golden = std::string(QUELLON_TEST_DATA_DIR) + "/" + golden_name;
   const std::string actual = ReadBytes(actual_path);
   ASSERT_FALSE(actual.empty());
-  if (!std::filesystem::exists(golden) || ReadBytes(golden) != actual) {
-    const std::string keep = (std::filesystem::temp_directory_path() / (golden_name + ".actual")).string();
+  if (!fs::exists(golden) || ReadBytes(golden) != actual) {
+    const std::string keep = (fs::temp_directory_path() / (golden_name + ".actual")).string();
     WriteBytes(keep, actual);
     ADD_FAILURE() << golden_name << " differs from the report; actual text in " << keep;
   }
@@ -88,6 +66,46 @@ inline void OpenLOG(Engine& e, const std::string& path) {
 
 inline void SetAllFlags(Project& p, bool on) {
   for (int i = 1; i <= kFlagCount; ++i) p.Flags(i) = on ? 1 : 0;
+}
+
+// Messages sent to the host through the message callback, as "<severity> <text>".
+inline std::vector<std::string>& Received() {
+  static std::vector<std::string> messages;
+  return messages;
+}
+inline void RecordMessage(const int* severity, const char* text) {
+  Received().push_back(std::to_string(*severity) + " " + text);
+}
+
+// A clay layer of uniform stiffness.
+inline Layer Clay(float top, float modulus, float cu) {
+  return Layer{.Name = {}, .GroundName = {}, .DepthToTop = top, .Ev = modulus, .Eh = modulus, .Poisson = 0.3f,
+               .GroundType = kFineSoil, .cu = cu, .alpha = 0.5f, .WeightDensity = 18.0f};
+}
+
+// One clay layer, `piles` piles 3 m apart with `elements` shaft elements each, a
+// vertical load in `increments` steps; the tables are created in the records.
+inline void FillSmallModel(Engine& e, int piles, int elements, int increments) {
+  ASSERT_EQ(CreateLayers(e, 1), 1);
+  ASSERT_EQ(CreatePiles(e, piles), 1);
+  e.borehole.Layers(1) = Clay(0.0f, 20000.0f, 60.0f);
+  e.borehole.Layers(1).dEv = e.borehole.Layers(1).dEh = 500.0f;
+  e.borehole.LayerAveraging = 2;
+  e.foundation.NumberOfElements = elements;
+  for (int p = 1; p <= piles; ++p) {
+    Pile& pile = e.foundation.Piles(p);
+    pile.X = 3.0f * static_cast<float>(p - 1);
+    pile.Length = pile.ReinforcedLength = 12.0f;
+    pile.ShaftDiameter = pile.BaseDiameter = 0.6f;
+    pile.EA = pile.UnreinforcedEA = 8.0e6f;
+    pile.EIx = pile.EIy = pile.UnreinforcedEIx = pile.UnreinforcedEIy = 1.9e5f;
+    pile.GJ = pile.UnreinforcedGJ = 1.5e5f;
+  }
+  e.project.Rs = e.project.Rb = e.project.Rl = e.project.Rt = 0.9f;
+  e.project.AutoNq = e.project.InteractionFlag = e.project.DynamicModel = e.project.Flags(16) = 1;
+  e.actions.NumberOfIncrements = increments;
+  e.project.NonLinear = increments > 1 ? 1 : 0;
+  e.actions.Fz = 200.0f * static_cast<float>(piles);
 }
 
 // P vertical piles of n elements, 2 m apart along X, in one layer; reset values in
@@ -110,7 +128,6 @@ inline void SmallModel(Engine& e, int piles, int elements, int increments) {
   l.Ev = l.Eh = 2.0e4f, l.Poisson = 0.3f, l.GroundType = kFineSoil;
   ASSERT_EQ(CreateWorkspace(e), 1);
 }
-
 // A model that touches every line of the text model file: three piles (one reinforced,
 // one plain, one raked both ways), four layers of the four ground types, custom Nq and
 // interaction distance. Values are exact in the file's number forms.
@@ -160,33 +177,6 @@ inline void FillSampleModel(Engine& e, int increments) {
   direct.HasDirectLateral = 1, direct.DirectLateral = 300.0f;
 }
 
-// A document read by libxml2, with XPath string(), number() and count().
-class ParsedXML {
- public:
-  explicit ParsedXML(const std::string& path)
-      : doc_(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {}
-  ParsedXML(const ParsedXML&) = delete;
-  ParsedXML& operator=(const ParsedXML&) = delete;
-  ~ParsedXML() { xmlFreeDoc(doc_); }
-  bool ok() const { return doc_ != nullptr; }
-  std::string Text(const std::string& xpath) const { return Eval("string(" + xpath + ")").first; }
-  double Number(const std::string& xpath) const { return Eval("number(" + xpath + ")").second; }
-  int Count(const std::string& xpath) const { return static_cast<int>(Number("count(" + xpath + ")")); }
-
- private:
-  std::pair<std::string, double> Eval(const std::string& expr) const {
-    if (doc_ == nullptr) return {"", 0.0 / 0.0};
-    xmlXPathContextPtr ctx = xmlXPathNewContext(doc_);
-    xmlXPathObjectPtr r = xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expr.c_str()), ctx);
-    std::pair<std::string, double> v{r && r->stringval ? reinterpret_cast<const char*>(r->stringval) : "",
-                                     r ? r->floatval : 0.0 / 0.0};
-    xmlXPathFreeObject(r);
-    xmlXPathFreeContext(ctx);
-    return v;
-  }
-  xmlDocPtr doc_;
-};
-
 // Everything a run sends its host, in order, as recorded by Recorder().
 struct Sent {
   std::vector<int> increments;
@@ -197,17 +187,17 @@ struct Sent {
 };
 inline Sent sent;
 inline RunCallbacks Recorder() {
-  RunCallbacks c;
-  c.CreateIncrement = [](const int* i) { sent.increments.push_back(*i); };
-  c.SendStiffnessMatrix = [](const float* g) { std::copy(g, g + 36, sent.grmat.emplace_back().begin()); };
-  c.SendForceDisplacementStiffnesses = [](const float* a, const float* b, const float* c, const float* d,
+  RunCallbacks r;
+  r.CreateIncrement = [](const int* i) { sent.increments.push_back(*i); };
+  r.SendStiffnessMatrix = [](const float* g) { std::copy(g, g + 36, sent.grmat.emplace_back().begin()); };
+  r.SendForceDisplacementStiffnesses = [](const float* a, const float* b, const float* c, const float* d,
                                           const float* f, const float* g, const float* h, const float* i,
                                           const float* j) { sent.stiffness.push_back({*a, *b, *c, *d, *f, *g, *h, *i, *j}); };
-  c.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
+  r.SendPileCapLoads = [](const float* a, const float* b, const float* c, const float* d, const float* f,
                           const float* g) { sent.loads.push_back({*a, *b, *c, *d, *f, *g}); };
-  c.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d, const float* f,
+  r.SendPileCapDisplacements = [](const float* a, const float* b, const float* c, const float* d, const float* f,
                                   const float* g) { sent.moves.push_back({*a, *b, *c, *d, *f, *g}); };
-  return c;
+  return r;
 }
 // The recorder, emptied, on the engine behind the C API; or (off) nothing there.
 inline void SetHostCallbacks(bool on) {
@@ -218,6 +208,17 @@ inline void SetHostCallbacks(bool on) {
   QuellonSetPileCapLoadsCallback(c.SendPileCapLoads);
   QuellonSetPileCapDisplacementsCallback(c.SendPileCapDisplacements);
   if (on) sent = Sent{};
+}
+
+
+// Total elements held by the workspace's arrays.
+inline std::size_t WorkspaceElements(Workspace& w) {
+  std::size_t total = 0;
+  ForEachArray(w, [&total](auto& a) {
+    if constexpr (requires { a.rows(); }) total += a.count();
+    else total += static_cast<std::size_t>(a.size());
+  });
+  return total;
 }
 
 }  // namespace quellon::testing
