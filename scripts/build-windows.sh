@@ -55,7 +55,18 @@ if [ "$openblas" = true ]; then
     # compare as text: they take it for a gcc older than 4.7 and quietly leave out the
     # AVX2 kernels (NO_AVX2=1). Wrappers answer with the number; the Fortran compiler,
     # which is recognised by the version in its assembly output, is named outright.
-    # DYNAMIC_ARCH picks the kernels for the processor at run time.
+    # DYNAMIC_ARCH picks the kernels for the processor at run time. Zen is left out: a
+    # library without its own Zen set gives Zen processors the Haswell one, whose SGEMM
+    # kernel and blocking sizes the Zen set shares, and each set is some 560 compiles.
+    # On an Intel family 6 model newer than its list (Raptor Lake, Arrow Lake, Emerald
+    # Rapids, ...) this OpenBLAS falls out of the model switch into the Pentium 4 case and
+    # runs the Prescott kernels, several times slower. A return of "unknown" there makes
+    # it choose by the instructions the processor has (AVX-512, AVX2, AVX), as it does
+    # for other unknown models.
+    dynamic=$src/driver/others/dynamic.c
+    grep -q 'family 6 model not listed' "$dynamic" ||
+      perl -0pi -e 's/(\n\treturn NULL;\n      \}\n)(      case 0xf:)/$1      return NULL;  \/* a family 6 model not listed *\/\n$2/' "$dynamic"
+    grep -q 'family 6 model not listed' "$dynamic" || { echo "cannot correct $dynamic" >&2; exit 1; }
     mkdir -p "$deps/bin"
     for tool in gcc gfortran; do
       real=x86_64-w64-mingw32-$tool-posix
@@ -66,20 +77,31 @@ if [ "$openblas" = true ]; then
     done
     options=(CC="$deps/bin/mingw-gcc" FC="$deps/bin/mingw-gfortran" F_COMPILER=GFORTRAN HOSTCC=gcc CROSS=1
       CROSS_SUFFIX=x86_64-w64-mingw32- BINARY=64 TARGET=PRESCOTT DYNAMIC_ARCH=1
-      DYNAMIC_LIST="NEHALEM SANDYBRIDGE HASWELL ZEN SKYLAKEX"
+      DYNAMIC_LIST="NEHALEM SANDYBRIDGE HASWELL SKYLAKEX"
       USE_OPENMP=0 USE_THREAD=1 NUM_THREADS=64 NO_SHARED=1 NO_CBLAS=1 NO_LAPACKE=1)
     # All precisions: the Windows thread server of this OpenBLAS refers to the blocking
     # sizes of each, and fails to compile with single precision alone.
-    make -C "$src" -j2 "${options[@]}" libs netlib > "$deps/openblas.log" 2>&1 ||
+    # No "netlib": Debian's source package carries no LAPACK sources, and its netlib
+    # target would copy the host's Linux LAPACK objects into the archive. OpenBLAS's own
+    # LAPACK part (GESV, GETRF, GETRS, POTRF and a few more) has SGESV, the one LAPACK
+    # routine the engine calls.
+    make -C "$src" -j2 "${options[@]}" libs > "$deps/openblas.log" 2>&1 ||
       { tail -n 30 "$deps/openblas.log" >&2; exit 1; }
     make -C "$src" "${options[@]}" PREFIX="$deps/openblas" install >> "$deps/openblas.log" 2>&1 ||
       { tail -n 30 "$deps/openblas.log" >&2; exit 1; }
     lib=$(find "$deps/openblas/lib" -name 'libopenblas*.a' | head -n 1)
   fi
-  # The kernels compiled for each processor type, and whether the AVX2 ones had -mavx2.
-  echo "OpenBLAS kernel sets: $(grep -o 'TABLE_NAME=gotoblas_[A-Z0-9]*' "$deps/openblas.log" | sort -u | sed 's/.*_//' | tr '\n' ' ')"
-  echo "Compiles with -mavx2: $(grep -c -- '-mavx2' "$deps/openblas.log" || true)"
-  lapack="$lib;gfortran;quadmath"
+  # The kernel sets in the library, and the fused multiply-adds on 256- and 512-bit
+  # registers in the SGEMM kernels that need them: none means AVX2 was dropped.
+  echo "OpenBLAS kernel sets: $(x86_64-w64-mingw32-nm "$lib" | sed -n 's/^[0-9a-f]* D gotoblas_\([A-Z0-9]*\)$/\1/p' | sort -u | tr '\n' ' ')"
+  kernels=$(mktemp -d)
+  for core in HASWELL SKYLAKEX; do
+    (cd "$kernels" && x86_64-w64-mingw32-ar x "$lib" "sgemm_kernel_$core.obj")
+    echo "FMA on ymm/zmm in sgemm_kernel_$core: $(x86_64-w64-mingw32-objdump -d "$kernels/sgemm_kernel_$core.obj" |
+      grep -cE 'vfmadd[0-9]+ps.*%[yz]mm' || true)"
+  done
+  rm -rf "$kernels"
+  lapack="$lib"
 else
   if [ ! -f "$deps/lapack/lib/liblapack.a" ]; then
     src=$(source_of lapack)
