@@ -355,67 +355,15 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
   const bool states = HasBlockStates(w, piles);
   LogicalMatrix& state = w.SoilBlockState;
 
-  // When the distinct blocks fit beside G, they are made first and G is then written
-  // one source pile's panel of columns at a time, each column from top to bottom: every
-  // page of G is touched once, in order, by one thread. Copied straight from each group,
-  // a column's few hundred floats would land on a fresh page at every write.
+  // When the distinct blocks fit beside G, they are made first (staged) and G is then
+  // written one source pile's panel of columns at a time, each column from top to
+  // bottom: every page of G is touched once, in order, by one thread. Copied straight
+  // from each group, a column's few hundred floats would land on a fresh page at every
+  // write; that is what becomes of groups whose distinct blocks don't fit.
   RealMatrix staging;
   const bool staged = keep || (fits && TryCreate(staging, M, static_cast<long long>(count) * M));
-  if (staged) {
-    RealMatrix& store = keep ? w.SoilPairBlocks : staging;
-    auto stored = [&store, M](int k) { return store.col(k * M + 1); };
-#pragma omp parallel for schedule(dynamic, 1) num_threads(threads) if (calls >= kParallelPairCalls)
-    for (int k = 0; k < count; ++k) {
-      const PairGroup& group = groups[static_cast<std::size_t>(k)];
-      RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-      BuildPileInteractionMatrix(g, rule, axis(group.p), axis(group.q), pair_K, false);
-      if (rigid) RigidLayerInteractionCorrection(g, rule, axis(group.p), axis(group.q), pair_K);
-      std::memcpy(stored(k), pair_K.data(), pair_K.count() * sizeof(float));
-      if (states) {
-        const std::int32_t found = StateOf(pair_K);
-        for (const auto& [p, q] : group.members) state(p, q) = found;
-      }
-    }
-    if (!twisted.empty()) {
-      PhaseScope torsion(e.timer, Phase::kTorsion);
-      const int twists = static_cast<int>(twisted.size());
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
-      for (int t = 0; t < twists; ++t) {
-        const int k = twisted[static_cast<std::size_t>(t)];
-        const PairGroup& group = groups[static_cast<std::size_t>(k)];
-        RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-        if (!BuildPileTorsionInteraction(g, rule, axis(group.p), axis(group.q), pair_K)) continue;
-        CopyTorsionPart(pair_K, n, stored(k));
-        if (keep_torsion) KeepTorsionBlock(pair_K, n, t, k, w);
-        if (states && !TorsionBlockFinite(pair_K, n))
-          for (const auto& [p, q] : group.members) state(p, q) = kBlockNotFinite;
-      }
-    }
-    std::vector<int> group_of(static_cast<std::size_t>(piles) * static_cast<std::size_t>(piles), -1);
-    for (int k = 0; k < count; ++k)
-      for (const auto& [p, q] : groups[static_cast<std::size_t>(k)].members)
-        group_of[static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles) + static_cast<std::size_t>(p - 1)] = k;
-#pragma omp parallel for schedule(static) num_threads(threads) if (calls >= kParallelPairCalls)
-    for (int q = 1; q <= piles; ++q) {
-      PopulateForWriting(G.col(layout.PileStart(q) + 1), static_cast<std::size_t>(M) * G.rows());
-      const int* of_q = group_of.data() + static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles);
-      for (int v = 1; v <= M; ++v) {
-        float* column = &G(1, layout.PileStart(q) + v);
-        for (int p = 1; p <= piles; ++p) {
-          if (p == q) continue;
-          const float* from = stored(of_q[p - 1]) + static_cast<std::size_t>(v - 1) * M;
-          float* to = column + layout.PileStart(p);
-          if (plus_zero) {
-            for (int i = 0; i < M; ++i) to[i] = from[i] + 0.0f;
-          } else {
-            std::memcpy(to, from, static_cast<std::size_t>(M) * sizeof(float));
-          }
-        }
-      }
-    }
-    w.system.MarkPairBlocksAsSystem(plus_zero);
-    return;
-  }
+  RealMatrix& store = keep ? w.SoilPairBlocks : staging;
+  auto stored = [&store, M](int k) { return store.col(k * M + 1); };
 
 #pragma omp parallel for schedule(dynamic, 1) num_threads(threads) if (calls >= kParallelPairCalls)
   for (int k = 0; k < count; ++k) {
@@ -423,28 +371,55 @@ void AssemblePairBlocks(Engine& e, const SoilGround& g) {
     RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
     BuildPileInteractionMatrix(g, rule, axis(group.p), axis(group.q), pair_K, false);
     if (rigid) RigidLayerInteractionCorrection(g, rule, axis(group.p), axis(group.q), pair_K);
+    if (staged) std::memcpy(stored(k), pair_K.data(), pair_K.count() * sizeof(float));
     const std::int32_t found = states ? StateOf(pair_K) : kBlockUnchecked;
     for (const auto& [p, q] : group.members) {
-      CopyBlock(pair_K, layout, p, q, G, plus_zero);
+      if (!staged) CopyBlock(pair_K, layout, p, q, G, plus_zero);
       if (states) state(p, q) = found;
     }
   }
   w.system.MarkPairBlocksAsSystem(plus_zero);
 
-  if (twisted.empty()) return;
-  PhaseScope torsion(e.timer, Phase::kTorsion);
-  const int twists = static_cast<int>(twisted.size());
+  if (!twisted.empty()) {
+    PhaseScope torsion(e.timer, Phase::kTorsion);
+    const int twists = static_cast<int>(twisted.size());
 #pragma omp parallel for schedule(dynamic) num_threads(threads) if (torsion_calls >= kParallelKernelCalls)
-  for (int t = 0; t < twists; ++t) {
-    const int k = twisted[static_cast<std::size_t>(t)];
-    const PairGroup& group = groups[static_cast<std::size_t>(k)];
-    RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
-    if (!BuildPileTorsionInteraction(g, rule, axis(group.p), axis(group.q), pair_K)) continue;
-    if (keep_torsion) KeepTorsionBlock(pair_K, n, t, k, w);
-    const bool finite = !states || TorsionBlockFinite(pair_K, n);
-    for (const auto& [p, q] : group.members) {
-      CopyTorsionBlock(pair_K, layout, p, q, G, plus_zero);
-      if (!finite) state(p, q) = kBlockNotFinite;
+    for (int t = 0; t < twists; ++t) {
+      const int k = twisted[static_cast<std::size_t>(t)];
+      const PairGroup& group = groups[static_cast<std::size_t>(k)];
+      RealMatrix& pair_K = scratch[static_cast<std::size_t>(omp_get_thread_num())];
+      if (!BuildPileTorsionInteraction(g, rule, axis(group.p), axis(group.q), pair_K)) continue;
+      if (staged) CopyTorsionPart(pair_K, n, stored(k));
+      if (keep_torsion) KeepTorsionBlock(pair_K, n, t, k, w);
+      const bool finite = !states || TorsionBlockFinite(pair_K, n);
+      for (const auto& [p, q] : group.members) {
+        if (!staged) CopyTorsionBlock(pair_K, layout, p, q, G, plus_zero);
+        if (!finite) state(p, q) = kBlockNotFinite;
+      }
+    }
+  }
+  if (!staged) return;
+
+  std::vector<int> group_of(static_cast<std::size_t>(piles) * static_cast<std::size_t>(piles), -1);
+  for (int k = 0; k < count; ++k)
+    for (const auto& [p, q] : groups[static_cast<std::size_t>(k)].members)
+      group_of[static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles) + static_cast<std::size_t>(p - 1)] = k;
+#pragma omp parallel for schedule(static) num_threads(threads) if (calls >= kParallelPairCalls)
+  for (int q = 1; q <= piles; ++q) {
+    PopulateForWriting(G.col(layout.PileStart(q) + 1), static_cast<std::size_t>(M) * G.rows());
+    const int* of_q = group_of.data() + static_cast<std::size_t>(q - 1) * static_cast<std::size_t>(piles);
+    for (int v = 1; v <= M; ++v) {
+      float* column = &G(1, layout.PileStart(q) + v);
+      for (int p = 1; p <= piles; ++p) {
+        if (p == q) continue;
+        const float* from = stored(of_q[p - 1]) + static_cast<std::size_t>(v - 1) * M;
+        float* to = column + layout.PileStart(p);
+        if (plus_zero) {
+          for (int i = 0; i < M; ++i) to[i] = from[i] + 0.0f;
+        } else {
+          std::memcpy(to, from, static_cast<std::size_t>(M) * sizeof(float));
+        }
+      }
     }
   }
 }

@@ -2,6 +2,8 @@
 // increment's loads, and that movement spread back over every pile head and element as
 // stresses, soil movements and loads. Everything here is an increment; the totals take
 // it in update.cpp.
+#include <omp.h>
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -140,11 +142,16 @@ void FormSoilMovements(Engine& e, const RealVector& packed) {
     released.resize(static_cast<std::size_t>(N));
     for (int i = 0; i < N; ++i) released[static_cast<std::size_t>(i)] = w.SoftReleasedAt(i + 1) != 0 ? 1.0f : 0.0f;
   }
+  // Bands of at most kBand rows, as many as a whole number of rounds of the threads takes,
+  // so that no thread is left with one band more than the others.
   constexpr int kBand = 2048;
-  const int bands = (N + kBand - 1) / kBand;
+  const int threads = omp_get_max_threads();
+  const int rounds = (N + threads * kBand - 1) / (threads * kBand);
+  const int bands = threads * rounds;
+  const int band = ((N + bands - 1) / bands + 15) / 16 * 16;
 #pragma omp parallel for schedule(dynamic, 1) if (N >= 2 * kBand)
   for (int b = 0; b < bands; ++b) {
-    const int i0 = b * kBand, i1 = std::min(N, i0 + kBand);
+    const int i0 = std::min(N, b * band), i1 = std::min(N, i0 + band);
     for (int i = i0; i < i1; ++i) out[i] = 0.0f;
     for (int j = 1; j <= N; ++j) {
       const float tj = t[j - 1];

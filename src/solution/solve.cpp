@@ -9,6 +9,8 @@
 // equal to the one just solved, the tractions in hand are already its solution.
 #include "solution/solve.h"
 
+#include <omp.h>
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -153,16 +155,24 @@ void FormSystemMatrix(Workspace& w) {
   // +0 as the full sum would; when the assembly wrote the blocks between piles so, in
   // G's storage, only the piles' own blocks are left to do.
   const bool own_only = in_place && w.system.PairBlocksAsSystem();
-#pragma omp parallel for schedule(static) if (N >= 2048)
-  for (int j = 1; j <= N; ++j) {
-    const float* g = G.col(j);
-    const float* d = w.D.col(j);
-    float* gd = w.system.GD.col(j);
-    const int r0 = PileBlockStart(M, j);
-    for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + d[i - r0];
-    if (own_only) continue;
-    for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
-    for (int i = r0 + M; i < N; ++i) gd[i] = g[i] + 0.0f;
+  // Each thread forms a run of whole columns; a matrix of its own is written here for the
+  // first time, so the thread asks for the pages of its run at once.
+#pragma omp parallel if (N >= 2048)
+  {
+    const long long threads = omp_get_num_threads(), t = omp_get_thread_num();
+    const int first = 1 + static_cast<int>(N * t / threads), last = static_cast<int>(N * (t + 1) / threads);
+    if (!in_place && last >= first)
+      PopulateForWriting(w.system.GD.col(first), static_cast<std::size_t>(last - first + 1) * static_cast<std::size_t>(N));
+    for (int j = first; j <= last; ++j) {
+      const float* g = G.col(j);
+      const float* d = w.D.col(j);
+      float* gd = w.system.GD.col(j);
+      const int r0 = PileBlockStart(M, j);
+      for (int i = r0; i < r0 + M; ++i) gd[i] = g[i] + d[i - r0];
+      if (own_only) continue;
+      for (int i = 0; i < r0; ++i) gd[i] = g[i] + 0.0f;
+      for (int i = r0 + M; i < N; ++i) gd[i] = g[i] + 0.0f;
+    }
   }
 }
 
