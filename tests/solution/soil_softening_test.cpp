@@ -10,26 +10,25 @@
 namespace quellon {
 namespace {
 
-// A small group with a workspace: G and D filled with distinct, well-conditioned values.
+// Two piles of 16 elements (enough for elastic unloading) with a workspace: G and D filled
+// with distinct, well-conditioned values.
 struct System {
+  static constexpr int n = 16, P = 2, M = 4 * n + 1, N = M * P;
   Engine e;
-  int n, P, M, N;
-  System(int elements, int piles) : n(elements), P(piles), M(4 * elements + 1), N(M * piles) {
+  System() {
     e.foundation.NumberOfElements = n;
     EXPECT_EQ(CreatePiles(e, P), 1);
     e.actions.NumberOfIncrements = 3;
     e.project.NonLinear = 1;
     EXPECT_EQ(CreateWorkspace(e), 1);
-    Workspace& w = e.ws;
     for (int j = 1; j <= N; ++j) {
       for (int i = 1; i <= N; ++i)
-        w.G(i, j) = 1e-3f * static_cast<float>(1 + (7 * i + 3 * j) % 11) + (i == j ? 1e-2f : 0.0f);
+        e.ws.G(i, j) = 1e-3f * static_cast<float>(1 + (7 * i + 3 * j) % 11) + (i == j ? 1e-2f : 0.0f);
       // D has entries in the rows of the column's own pile only.
       const int r0 = PileBlockStart(M, j);
-      for (int r = 1; r <= M; ++r) w.D(r, j) = 1e-4f * static_cast<float>(1 + (r0 + r + 2 * j) % 5);
+      for (int r = 1; r <= M; ++r) e.ws.D(r, j) = 1e-4f * static_cast<float>(1 + (r0 + r + 2 * j) % 5);
     }
   }
-  Workspace& w() { return e.ws; }
 };
 
 TEST(SofteningFactor, HyperbolicLawFloorsAtTheLimit) {
@@ -115,8 +114,8 @@ TEST(SoilSoftening, OnePassRebuildMatchesTheStepByStepUpdate) {
   auto same = [](const auto& x, const auto& y) { return std::equal(x.data(), x.data() + x.count(), y.data()); };
   for (unsigned seed = 1; seed <= 6; ++seed) {
     SCOPED_TRACE(seed);
-    System a(16, 2), b(16, 2);
-    Workspace &wa = a.w(), &wb = b.w();
+    System a, b;
+    Workspace &wa = a.e.ws, &wb = b.e.ws;
     std::mt19937 rng(seed);
     std::uniform_real_distribution<float> stress(-150.0f, 150.0f), limit(0.0f, 120.0f), R(0.0f, 0.95f);
     Project& pr = a.e.project;
