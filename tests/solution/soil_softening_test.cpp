@@ -34,8 +34,10 @@ struct System {
 TEST(SofteningFactor, HyperbolicLawFloorsAtTheLimit) {
   EXPECT_EQ(SofteningFactor(-50.0f, -100.0f, 0.5f), 0.5625f);  // (1 - 0.25)^2
   EXPECT_EQ(SofteningFactor(1e6f, 1.0f, 0.0f), 1.0f);           // R = 0: elastic-perfectly plastic
-  // Beyond the law's limit the floor, never a rising square ((1 - 2.7)^2 = 2.89).
+  // Beyond the law's limit the floor, never a rising square ((1 - 2.7)^2 = 2.89); the floor
+  // also where the square falls below it just short of the limit ((1 - 0.994)^2).
   EXPECT_EQ(SofteningFactor(300.0f, 100.0f, 0.9f), kMinimumSofteningFactor);
+  EXPECT_EQ(SofteningFactor(99.5f, 100.0f, 0.999f), kMinimumSofteningFactor);
 }
 
 // The update done literally, one step after the other, with every release and restore
