@@ -25,11 +25,12 @@ TEST(BoundaryConditions, TwistMovesEveryElementAsARigidRotationAboutTheCentre) {
       BuildBoundaryConditionVectors(*e, p);
       const auto& s = piles[static_cast<std::size_t>(p - 1)];
       if (!corrected && s.rake_x != 0 && s.rake_y != 0) continue;
-      const double a = s.rake_x * M_PI / 180, b = s.rake_y * M_PI / 180;
+      const double x = static_cast<double>(s.x), y = static_cast<double>(s.y);
+      const double a = static_cast<double>(s.rake_x) * M_PI / 180, b = static_cast<double>(s.rake_y) * M_PI / 180;
       for (int i = 1; i <= n; ++i) {
         const double depth = (i - 0.5) * 10.0 / n;
-        const double px = s.x - (1.5 * std::tan(a) + depth * std::sin(a));
-        const double py = s.y - (1.5 * std::tan(b) + depth * std::sin(b));
+        const double px = x - (1.5 * std::tan(a) + depth * std::sin(a));
+        const double py = y - (1.5 * std::tan(b) + depth * std::sin(b));
         const double dx = corrected ? -py : px * std::cos(1.0) - py * std::sin(1.0) - px;
         const double dy = corrected ? px : px * std::sin(1.0) + py * std::cos(1.0) - py;
         const double tol = (corrected ? 1e-5 : 2e-4) * std::hypot(px, py) + 1e-6;
