@@ -1,6 +1,7 @@
 // Assembly of G: reuse of a pile's own block, the interaction limit, torsion between near
 // piles, the signs of the pair blocks, the rigid layer correction, and independence from
-// the treatment of the moduli (in uniform ground) and from the number of threads.
+// the number of threads. (Every pair block against the interaction routine alone is in
+// block_reuse_test.cpp.)
 #include <gtest/gtest.h>
 #include <omp.h>
 
@@ -135,7 +136,7 @@ TEST(PairBlocks, CouplingsChangeSignBetweenTheOrdersAndElementsAreReciprocal) {
   }
 }
 
-TEST(RigidLayer, CorrectsOnlyTheAxialAndBaseRows) {
+TEST(RigidLayer, CorrectsOnlyTheAxialAndBaseRowsAndNeedsALimitBetweenPiles) {
   const std::vector<PileData> piles{{10, 1, 1.2f, 5, 0, 0, 0}, {8, 0.8f, 0.8f, 0, -5, 3, 1}};
   Model plain(TwoLayers(), 2, 0.0f, 3, piles, 1, 10.0f), rigid(TwoLayers(), 2, 15.0f, 3, piles, 1, 10.0f);
   plain.Assemble();
@@ -153,37 +154,13 @@ TEST(RigidLayer, CorrectsOnlyTheAxialAndBaseRows) {
       }
     }
   }
-}
-
-TEST(RigidLayer, NoneAtDepthZeroAndNoneBetweenPilesWithoutALimit) {
-  const std::vector<PileData> piles{kPile, At(kPile, 3)};
-  Model m(TwoLayers(), 1, 0.0f, 3, piles);
-  m.Assemble();
-  // Depth 0 means no rigid layer: the block is that of the interaction routine alone.
-  const SoilGround g = GroundOf(m.e);
-  RealMatrix pair;
-  pair.resize(13, 13);
-  BuildPileInteractionMatrix(g, InteractionRuleOf(m.e), MakePileAxis(g, m.e.foundation.Piles(1), m.e.foundation.Frame(1), 1),
-                             MakePileAxis(g, m.e.foundation.Piles(2), m.e.foundation.Frame(2), 2), pair);
-  for (int u = 1; u <= 13; ++u) {
-    for (int v = 1; v <= 13; ++v) ASSERT_EQ(m.Block(1, 2, u, v), pair(u, v)) << u << ", " << v;
-  }
-  // A flag without a limit corrects only the piles at one plan position.
-  Model unlimited(TwoLayers(), 1, 20.0f, 3, piles, 0), uncorrected(TwoLayers(), 1, 0.0f, 3, piles, 0);
+  // A flag without a limit corrects only the piles at one plan position: their own blocks.
+  const std::vector<PileData> two{kPile, At(kPile, 3)};
+  Model unlimited(TwoLayers(), 1, 20.0f, 3, two, 0), uncorrected(TwoLayers(), 1, 0.0f, 3, two, 0);
   unlimited.Assemble();
   uncorrected.Assemble();
   EXPECT_EQ(unlimited.Block(1, 2, 1, 1), uncorrected.Block(1, 2, 1, 1));
   EXPECT_NE(unlimited.Block(1, 1, 1, 1), uncorrected.Block(1, 1, 1, 1));
-}
-
-TEST(Treatments, MeanAndSmoothedModuliAgreeInUniformGround) {
-  const std::vector<PileData> piles{{12, 0.9f, 1.2f, 6, 3, 0, 0}, {10, 1, 1, -4, 0, 2.5f, 1}};
-  Model mean(OneLayer(), 1, 25.0f, 4, piles, 1, 20.0f), smoothed(OneLayer(), 2, 25.0f, 4, piles, 1, 20.0f);
-  mean.Assemble();
-  smoothed.Assemble();
-  const RealMatrix &a = mean.e.ws.G, &b = smoothed.e.ws.G;
-  for (std::size_t k = 0; k < a.count(); ++k)
-    EXPECT_NEAR(b.data()[k], a.data()[k], 4e-6f * std::fabs(a.data()[k])) << k;
 }
 
 TEST(Parallel, GIsBitIdenticalWithOneThreadAndWithTwo) {

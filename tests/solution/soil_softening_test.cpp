@@ -10,108 +10,34 @@
 namespace quellon {
 namespace {
 
-// A small group with a workspace: G and D filled with distinct, well-conditioned values,
-// every limit 100 and every stress 0, so that nothing softens or yields unless a test
-// says so.
+// Two piles of 16 elements (enough for elastic unloading) with a workspace: G and D filled
+// with distinct, well-conditioned values.
 struct System {
+  static constexpr int n = 16, P = 2, M = 4 * n + 1, N = M * P;
   Engine e;
-  int n, P, M, N;
-  System(int elements, int piles) : n(elements), P(piles), M(4 * elements + 1), N(M * piles) {
+  System() {
     e.foundation.NumberOfElements = n;
     EXPECT_EQ(CreatePiles(e, P), 1);
     e.actions.NumberOfIncrements = 3;
     e.project.NonLinear = 1;
     EXPECT_EQ(CreateWorkspace(e), 1);
-    Workspace& w = e.ws;
     for (int j = 1; j <= N; ++j) {
       for (int i = 1; i <= N; ++i)
-        w.G(i, j) = 1e-3f * static_cast<float>(1 + (7 * i + 3 * j) % 11) + (i == j ? 1e-2f : 0.0f);
+        e.ws.G(i, j) = 1e-3f * static_cast<float>(1 + (7 * i + 3 * j) % 11) + (i == j ? 1e-2f : 0.0f);
       // D has entries in the rows of the column's own pile only.
       const int r0 = PileBlockStart(M, j);
-      for (int r = 1; r <= M; ++r) w.D(r, j) = 1e-4f * static_cast<float>(1 + (r0 + r + 2 * j) % 5);
+      for (int r = 1; r <= M; ++r) e.ws.D(r, j) = 1e-4f * static_cast<float>(1 + (r0 + r + 2 * j) % 5);
     }
-    for (RealVector* v : {&w.LimitAxial, &w.LimitX, &w.LimitY, &w.LimitTorsion}) v->fill(100.0f);
   }
-  Workspace& w() { return e.ws; }
 };
-
-// Row and column c of the softened G and of GD cleared, with 1 on the diagonal.
-::testing::AssertionResult Released(const Workspace& w, int c) {
-  for (int i = 1; i <= w.G.rows(); ++i) {
-    const float expected = i == c ? 1.0f : 0.0f;
-    if (SoftenedSoilFlexibility(w, i, c) != expected || SoftenedSoilFlexibility(w, c, i) != expected ||
-        w.system.GD(i, c) != expected || w.system.GD(c, i) != expected)
-      return ::testing::AssertionFailure() << "unknown " << c << " not cleared at " << i;
-  }
-  return ::testing::AssertionSuccess();
-}
-
-// Column c of the softened G is the elastic column divided by f, and GD is G + D there, but for the
-// rows of released unknowns, which are 0.
-::testing::AssertionResult SoftenedBy(const Workspace& w, int c, float f, std::initializer_list<int> released = {}) {
-  for (int i = 1; i <= w.G.rows(); ++i) {
-    const bool cleared = std::find(released.begin(), released.end(), i) != released.end();
-    const float g = cleared ? 0.0f : w.G(i, c) / f;
-    if (SoftenedSoilFlexibility(w, i, c) != g || w.system.GD(i, c) != (cleared ? 0.0f : g + PileFlexibility(w.D, i, c)))
-      return ::testing::AssertionFailure() << "column " << c << " wrong at row " << i;
-  }
-  return ::testing::AssertionSuccess();
-}
 
 TEST(SofteningFactor, HyperbolicLawFloorsAtTheLimit) {
   EXPECT_EQ(SofteningFactor(-50.0f, -100.0f, 0.5f), 0.5625f);  // (1 - 0.25)^2
   EXPECT_EQ(SofteningFactor(1e6f, 1.0f, 0.0f), 1.0f);           // R = 0: elastic-perfectly plastic
-  // Beyond the law's limit the floor, never a rising square ((1 - 2.7)^2 = 2.89).
+  // Beyond the law's limit the floor, never a rising square ((1 - 2.7)^2 = 2.89); the floor
+  // also where the square falls below it just short of the limit ((1 - 0.994)^2).
   EXPECT_EQ(SofteningFactor(300.0f, 100.0f, 0.9f), kMinimumSofteningFactor);
-}
-
-TEST(SoilSoftening, SoftensFromTheElasticCopyAndReleasesWithPartners) {
-  System s(2, 2);  // M = 9
-  Workspace& w = s.w();
-  const RealMatrix elastic = w.G;
-  s.e.project.Rs = 0.5f;
-  w.StressAxial(1) = 50.0f;   // unknown 1, f = 0.5625
-  w.StressAxial(4) = 150.0f;  // pile 2, element 1: unknown 10, torsional partner 17
-  w.StressAxial(3) = -0.5f;   // pile 1 base (unknown 3), far from its limit but in tension
-  UpdateSoilFlexibility(s.e, 1);
-  UpdateSoilFlexibility(s.e, 2);
-  // G stays elastic, so a later increment never compounds the factor.
-  EXPECT_TRUE(std::equal(w.G.data(), w.G.data() + w.G.count(), elastic.data()));
-  EXPECT_TRUE(SoftenedBy(w, 1, 0.5625f, {3, 10, 17}));
-  for (int c : {3, 10, 17}) EXPECT_TRUE(Released(w, c)) << c;
-  // The base has no torsional partner: 3 + 3n + 1 is pile 2's first unknown, untouched.
-  EXPECT_TRUE(SoftenedBy(w, 12, 1.0f, {3, 10, 17}));
-  EXPECT_EQ(w.YieldCountAxial, 2);  // counted once over two increments
-  EXPECT_EQ(w.YieldCountTorsion, 0);
-  // Back below the limit: back in the system, softened, but still counted and flagged.
-  w.StressAxial(4) = 50.0f;
-  UpdateSoilFlexibility(s.e, 3);
-  EXPECT_TRUE(SoftenedBy(w, 10, 0.5625f, {3}));
-  EXPECT_EQ(w.Yielded(1, 4), 1);
-}
-
-TEST(SoilSoftening, TransverseAndTorsionalFlagsClearAndCountAgain) {
-  System s(2, 1);  // X unknowns 4, 5; Y 6, 7; torsion 8, 9
-  Workspace& w = s.w();
-  RealVector* stress[] = {&w.StressX, &w.StressY, &w.StressTorsion};
-  int* count[] = {&w.YieldCountX, &w.YieldCountY, &w.YieldCountTorsion};
-  const int unknown[] = {4, 6, 9}, row[] = {1, 1, 2};
-  for (int d = 0; d < 3; ++d) {
-    SCOPED_TRACE(d);
-    const float sequence[] = {130.0f, 90.0f, -130.0f, 100.0f, 130.0f};
-    const int counts[] = {1, 1, 2, 2, 3};
-    for (int step = 0; step < 5; ++step) {
-      (*stress[d])(row[d]) = sequence[step];
-      UpdateSoilFlexibility(s.e, 5 * d + step + 1);
-      const bool beyond = std::fabs(sequence[step]) > 100.0f;  // equal to the limit: no yield
-      EXPECT_EQ(w.Yielded(2 + d, row[d]), beyond ? 1 : 0);
-      EXPECT_EQ(*count[d], counts[step]);
-      EXPECT_EQ(static_cast<bool>(Released(w, unknown[d])), beyond);
-      EXPECT_EQ(d == 2 && Released(w, 2), d == 2 && beyond);  // the axial partner of torsion
-    }
-    (*stress[d])(row[d]) = 0.0f;
-  }
-  EXPECT_EQ(w.YieldCountAxial, 0);  // a partner's release isn't an axial yield
+  EXPECT_EQ(SofteningFactor(99.5f, 100.0f, 0.999f), kMinimumSofteningFactor);
 }
 
 // The update done literally, one step after the other, with every release and restore
@@ -183,17 +109,19 @@ void StepByStepUpdate(Engine& e, const RealMatrix& G0, RealMatrix& G) {
 }
 
 // Releases and restores overlap in rows and columns, so the one-pass rebuild must leave
-// every entry as the literal sequence does: bit for bit, over two increments.
+// every entry as the literal sequence does: bit for bit, over two increments, with G itself
+// left elastic (a later increment never compounds a factor). Odd seeds have no elastic
+// unloading; a few stresses sit exactly at their limits, where nothing yields.
 TEST(SoilSoftening, OnePassRebuildMatchesTheStepByStepUpdate) {
   auto same = [](const auto& x, const auto& y) { return std::equal(x.data(), x.data() + x.count(), y.data()); };
   for (unsigned seed = 1; seed <= 6; ++seed) {
     SCOPED_TRACE(seed);
-    System a(16, 2), b(16, 2);
-    Workspace &wa = a.w(), &wb = b.w();
+    System a, b;
+    Workspace &wa = a.e.ws, &wb = b.e.ws;
     std::mt19937 rng(seed);
     std::uniform_real_distribution<float> stress(-150.0f, 150.0f), limit(0.0f, 120.0f), R(0.0f, 0.95f);
     Project& pr = a.e.project;
-    pr.ElasticUnloading = 1;
+    pr.ElasticUnloading = seed % 2 == 0;
     for (float* r : {&pr.Rs, &pr.Rb, &pr.Rl, &pr.Rt}) *r = R(rng);
     b.e.project = pr;
     for (int r = 1; r <= a.N; ++r)
@@ -202,6 +130,7 @@ TEST(SoilSoftening, OnePassRebuildMatchesTheStepByStepUpdate) {
       for (RealVector* v : {&wa.StressAxial, &wa.StressX, &wa.StressY, &wa.StressTorsion, &wa.StressXInc, &wa.StressYInc})
         for (int r = 1; r <= a.N; ++r) (*v)(r) = stress(rng), wa.LimitAxial(r) = limit(rng), wa.LimitX(r) = limit(rng),
                                         wa.LimitY(r) = limit(rng), wa.LimitTorsion(r) = limit(rng);
+      wa.StressAxial(2) = -wa.LimitAxial(2), wa.StressX(3) = wa.LimitX(3), wa.StressTorsion(5) = -wa.LimitTorsion(5);
       wb = wa;
       RealMatrix softened = wb.G;
       UpdateSoilFlexibility(a.e, increment);
@@ -211,7 +140,7 @@ TEST(SoilSoftening, OnePassRebuildMatchesTheStepByStepUpdate) {
         for (int i = 1; i <= a.N; ++i)
           same_g = same_g && std::bit_cast<std::uint32_t>(SoftenedSoilFlexibility(wa, i, j)) ==
                                  std::bit_cast<std::uint32_t>(softened(i, j));
-      EXPECT_TRUE(same_g && same(wa.system.GD, wb.system.GD) && same(wa.Yielded, wb.Yielded));
+      EXPECT_TRUE(same_g && same(wa.G, wb.G) && same(wa.system.GD, wb.system.GD) && same(wa.Yielded, wb.Yielded));
       EXPECT_TRUE(std::equal(wa.StressX.data(), wa.StressX.data() + wa.StressX.size(), wb.StressX.data()));
       EXPECT_EQ(wa.YieldCountX + 10 * wa.YieldCountY + 100 * wa.YieldCountTorsion + 1000 * wa.YieldCountAxial,
                 wb.YieldCountX + 10 * wb.YieldCountY + 100 * wb.YieldCountTorsion + 1000 * wb.YieldCountAxial);
