@@ -146,7 +146,7 @@ void FormSoilMovements(Engine& e, const RealVector& packed) {
   // so that no thread is left with one band more than the others.
   constexpr int kBand = 2048;
   const int threads = omp_get_max_threads();
-  const int rounds = (N + threads * kBand - 1) / (threads * kBand);
+  const int rounds = std::max(1, (N + threads * kBand - 1) / (threads * kBand));
   const int bands = threads * rounds;
   const int band = ((N + bands - 1) / bands + 15) / 16 * 16;
 #pragma omp parallel for schedule(dynamic, 1) if (N >= 2 * kBand)
