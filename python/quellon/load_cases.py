@@ -42,6 +42,16 @@ class LoadCase:
     y: float = 0.0
 
 
+def input_piles(inp: ET.Element) -> dict[int, dict]:
+    """The piles of a document's <Input>: by number, each one's values and its name."""
+    piles = {}
+    for p in inp.iterfind("Piles/Pile"):
+        d = {c.tag: float(c.get("value")) for c in p if "value" in c.attrib}
+        d["name"] = p.findtext("Name", "")
+        piles[int(p.get("number"))] = d
+    return piles
+
+
 def _number(text: str) -> float | None:
     t = text.strip()
     # As a spreadsheet writes numbers: digits, a point, a sign and an exponent only.
@@ -168,10 +178,7 @@ def read_cases_xml(path: str | os.PathLike) -> dict:
         stack.pop()
         if where == ["Input"]:
             flags = (el.findtext("Flags") or "").strip()
-            for p in el.iterfind("Piles/Pile"):
-                d = {c.tag: float(c.get("value")) for c in p if "value" in c.attrib}
-                d["name"] = p.findtext("Name", "")
-                piles[int(p.get("number"))] = d
+            piles.update(input_piles(el))
             el.clear()
         elif where == ["Load-Cases", "Load-Case", "Increment"]:
             # The engine writes a case's increments one element each; an element holding

@@ -29,7 +29,7 @@ import numpy as np
 import pandas as pd
 
 from . import _engine
-from .load_cases import as_load_cases, case_summary, read_cases_xml, send_load_cases
+from .load_cases import as_load_cases, case_summary, input_piles, read_cases_xml, send_load_cases
 from .model import Model, QuellonError
 
 REPORT_FLAGS = (25, 35)
@@ -266,10 +266,7 @@ def read_xml(path: str | os.PathLike) -> Results:
         if where == ["Input"]:
             nonlinear = (el.findtext("NonLinear") or "").strip() == "1"
             flags = (el.findtext("Flags") or "").strip()
-            for p in el.iterfind("Piles/Pile"):
-                d = {c.tag: float(c.get("value")) for c in p if "value" in c.attrib}
-                d["name"] = p.findtext("Name", "")
-                piles[int(p.get("number"))] = d
+            piles.update(input_piles(el))
             el.clear()
         elif runs == 1 and where == ["Output", "Increment", "Pile-Cap"]:
             caps.append(_cap_row(el, len(caps) + 1 if _flag(flags, 25) else own))
