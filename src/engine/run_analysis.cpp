@@ -17,6 +17,7 @@
 #include "soil/soil.h"
 #include "solution/group_stiffness.h"
 #include "solution/load_cases.h"
+#include "solution/soil_softening.h"
 #include "solution/solution.h"
 
 namespace quellon {
@@ -93,7 +94,12 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   }
   WriteGroupFlexibility(e, k);
   SpreadCapMovement(e.foundation, g, k, w, packed);
-  FormSoilMovements(e, packed);
+  // The softening after this increment reads only its stresses: decided now, it lets the
+  // pass over G that forms the soil movements form the next system too. It takes effect
+  // below, in its place among the totals and reports.
+  SoilUpdate next;
+  if (e.project.NonLinear) DecideSoilUpdate(e, i, false, next);
+  FormSoilMovements(e, packed, &next);
   packed.release();
   if (CheckIncrementResults(e, i) == 0) return IncrementEnd::kFail;
   SplitSoilDisplacements(g, w);
@@ -105,7 +111,7 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   if (e.project.NonLinear) {
     {
       PhaseScope softening(e.timer, Phase::kSoftening);
-      UpdateSoilFlexibility(e, i);
+      UpdateSoilFlexibility(e, i, &next);
     }
     PhaseScope reports(e.timer, Phase::kReports);
     if (ReportShowsSystemMatrix(e)) FormUnchangedSystem(w);

@@ -2,8 +2,6 @@
 // increment's loads, and that movement spread back over every pile head and element as
 // stresses, soil movements and loads. Everything here is an increment; the totals take
 // it in update.cpp.
-#include <omp.h>
-
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -13,6 +11,7 @@
 #include "engine/utilities.h"
 #include "engine/workspace.h"
 #include "soil/soil.h"
+#include "solution/soil_softening.h"
 #include "solution/solution.h"
 
 namespace quellon {
@@ -122,7 +121,7 @@ void LoadsDownEachPile(const Foundation& f, const GroupLayout& g, Workspace& w) 
   }
 }
 
-void FormSoilMovements(Engine& e, const RealVector& packed) {
+void FormSoilMovements(Engine& e, const RealVector& packed, SoilUpdate* next) {
   Workspace& w = e.ws;
   const int N = NumberOfUnknowns(e);
   float* out = w.SoilDispInc.data();
@@ -133,40 +132,7 @@ void FormSoilMovements(Engine& e, const RealVector& packed) {
     Require(SoilFlexibilityTimes(e, t, out), "FormSoilMovements: no soil flexibility to multiply by");
     return;
   }
-  // Each thread takes a band of rows and runs through the columns in their order, so that
-  // every row sums its terms in rising column order whatever the number of threads. The
-  // softened G is formed a column at a time from the elastic one and the decisions.
-  const bool softened = w.system.Planned();
-  std::vector<float> released;
-  if (softened) {
-    released.resize(static_cast<std::size_t>(N));
-    for (int i = 0; i < N; ++i) released[static_cast<std::size_t>(i)] = w.SoftReleasedAt(i + 1) != 0 ? 1.0f : 0.0f;
-  }
-  // Bands of at most kBand rows, as many as a whole number of rounds of the threads takes,
-  // so that no thread is left with one band more than the others.
-  constexpr int kBand = 2048;
-  const int threads = omp_get_max_threads();
-  const int rounds = std::max(1, (N + threads * kBand - 1) / (threads * kBand));
-  const int bands = threads * rounds;
-  const int band = ((N + bands - 1) / bands + 15) / 16 * 16;
-#pragma omp parallel for schedule(dynamic, 1) if (N >= 2 * kBand)
-  for (int b = 0; b < bands; ++b) {
-    const int i0 = std::min(N, b * band), i1 = std::min(N, i0 + band);
-    for (int i = i0; i < i1; ++i) out[i] = 0.0f;
-    for (int j = 1; j <= N; ++j) {
-      const float tj = t[j - 1];
-      const float* gj = w.G.col(j);
-      if (!softened) {
-        for (int i = i0; i < i1; ++i) out[i] = out[i] + gj[i] * tj;
-      } else if (released[static_cast<std::size_t>(j - 1)] != 0.0f) {
-        for (int i = i0; i < i1; ++i) out[i] = out[i] + (i == j - 1 ? 1.0f : 0.0f) * tj;
-      } else {
-        const float f = w.SoftFactor(j);
-        const float* r = released.data();
-        for (int i = i0; i < i1; ++i) out[i] = out[i] + (r[i] != 0.0f ? 0.0f : gj[i] / f) * tj;
-      }
-    }
-  }
+  SoftenedSoilMovements(w, t, out, next);
 }
 
 }  // namespace quellon

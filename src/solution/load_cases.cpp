@@ -23,6 +23,7 @@
 #include "files/load_case_document.h"
 #include "files/reports.h"
 #include "solution/group_stiffness.h"
+#include "solution/soil_softening.h"
 #include "solution/solution.h"
 
 namespace quellon {
@@ -306,10 +307,13 @@ PathEnd RunCasePath(Engine& e, int increments, int& completed) {
     float ft[6][6];
     GroupReportTables(k, flex, kt, ft);
     SpreadCapMovement(f, g, flex, w, packed);
-    FormSoilMovements(e, packed);
+    // As in the run: the next system formed in the soil movements' pass over G.
+    SoilUpdate next;
+    DecideSoilUpdate(e, i, false, next);
+    FormSoilMovements(e, packed, &next);
     SplitSoilDisplacements(g, w);
     AddMovementsToTotals(g, i, w);
-    UpdateSoilFlexibility(e, i);
+    UpdateSoilFlexibility(e, i, &next);
     AddLoadsToTotals(f, g, w);
     {
       PhaseScope reports(e.timer, Phase::kReports);

@@ -14,15 +14,14 @@
 //     the order they are decided: release an unknown (its row and column of the softened
 //     G and of GD cleared, 1 on the diagonal) or restore it (its row and column of GD
 //     taken back to the elastic G + D, the softened G keeping its column). No decision
-//     reads a matrix.
+//     reads a matrix, and the decisions change nothing but the SoilUpdate they fill:
+//     CommitSoilUpdate makes them take effect.
 //  2. The system. One pass over the columns of G, D and GD applies the softening,
-//     GD = G + D and all the operations at once. An entry (i, j) of GD is decided by the
-//     later of the last operation on unknown i and on unknown j, which is what applying
-//     the operations one after the other in their order leaves.
+//     GD = G + D and all the operations at once (softened_flexibility.cpp). When the
+//     decisions are taken before the increment's soil movements, the pass that forms
+//     those reads G once for both.
 //
-// So the work is one streaming pass over the N by N matrices, however many unknowns are
-// released, instead of a strided sweep along a row of two matrices for each of them. The
-// softened G is never stored: it is a function of G and the decisions, which the
+// The softened G is never stored: it is a function of G and the decisions, which the
 // workspace keeps from one update to the next (SoftenedSoilFlexibility), and so is GD.
 // The solve factorises GD in place; when an update's decisions are those of the update
 // before, the system would come out as it is, and the factors in GD are already those of
@@ -42,6 +41,7 @@
 #include "engine/notify.h"
 #include "engine/utilities.h"
 #include "files/number_forms.h"
+#include "solution/softened_flexibility.h"
 #include "solution/solution.h"
 #include "solution/solve.h"
 
@@ -55,50 +55,75 @@ constexpr int kXRow = 2;
 constexpr int kYRow = 3;
 constexpr int kTorsionRow = 4;
 
-// The decisions of one update that concern the matrices.
-struct UpdatePlan {
-  RealVector factor;          // softening factor of each unknown's column
-  IntegerVector released_at;  // order of the unknown's last release, 0 if none
-  IntegerVector last_op_at;   // order of its last release or restore, 0 if none
-  IntegerVector touched;      // the unknowns with an operation, 1 to touched_count
-  int touched_count = 0;
-  int order = 0;
-  LogicalVector Unloading;  // elements unloading in the direction in hand
+void Release(SoilUpdate& u, int c);
 
-  bool Create(Engine& e, int N) {
-    return Create1DLogicalMatrix(e, Unloading, N) == 1 && Create1DRealMatrix(e, factor, N) == 1 &&
-           Create1DIntegerMatrix(e, released_at, N) == 1 && Create1DIntegerMatrix(e, last_op_at, N) == 1 &&
-           Create1DIntegerMatrix(e, touched, N) == 1;
-  }
-  void Release(int c) {
-    Note(c);
-    released_at(c) = order;
-  }
-  void Restore(int c) { Note(c); }
+// Notes an operation on unknown c, in the order of the decisions.
+void NoteOperation(SoilUpdate& u, int c) {
+  if (u.last_op_at(c) == 0) u.touched(++u.touched_count) = c;
+  u.last_op_at(c) = ++u.order;
+}
 
- private:
-  void Note(int c) {
-    if (last_op_at(c) == 0) touched(++touched_count) = c;
-    last_op_at(c) = ++order;
+void Release(SoilUpdate& u, int c) {
+  NoteOperation(u, c);
+  u.released_at(c) = u.order;
+}
+
+void Restore(SoilUpdate& u, int c) { NoteOperation(u, c); }
+
+// The work vectors of an update, with the yield state and the stress totals as they stand
+// after the increment.
+bool StartUpdate(Engine& e, int N, bool totals_added, SoilUpdate& u) {
+  const Workspace& w = e.ws;
+  u = SoilUpdate{};
+  const bool made =
+      Create1DRealMatrix(e, u.factor, N) == 1 && Create1DIntegerMatrix(e, u.released_at, N) == 1 &&
+      Create1DIntegerMatrix(e, u.last_op_at, N) == 1 && Create1DIntegerMatrix(e, u.touched, N) == 1 &&
+      Create1DIntegerMatrix(e, u.newly_yielded, N) == 1 && Create1DLogicalMatrix(e, u.UnloadedX, N) == 1 &&
+      Create1DLogicalMatrix(e, u.UnloadedY, N) == 1 && Create2DLogicalMatrix(e, u.Yielded, 4, N) == 1 &&
+      Create1DRealMatrix(e, u.StressAxial, w.StressAxial.size()) == 1 &&
+      Create1DRealMatrix(e, u.StressX, w.StressX.size()) == 1 &&
+      Create1DRealMatrix(e, u.StressY, w.StressY.size()) == 1 &&
+      Create1DRealMatrix(e, u.StressTorsion, w.StressTorsion.size()) == 1;
+  if (!made) {
+    u = SoilUpdate{};
+    return false;
   }
-};
+  std::copy(w.Yielded.data(), w.Yielded.data() + w.Yielded.count(), u.Yielded.data());
+  u.YieldCountAxial = w.YieldCountAxial;
+  u.YieldCountX = w.YieldCountX;
+  u.YieldCountY = w.YieldCountY;
+  u.YieldCountTorsion = w.YieldCountTorsion;
+  // The totals as AddMovementsToTotals leaves them, over the same rows.
+  const int rows = totals_added ? 0 : LayoutOf(e).AxialRows();
+  const RealVector* totals[] = {&w.StressAxial, &w.StressX, &w.StressY, &w.StressTorsion};
+  const RealVector* increments[] = {&w.StressAxialInc, &w.StressXInc, &w.StressYInc, &w.StressTorsionInc};
+  RealVector* after[] = {&u.StressAxial, &u.StressX, &u.StressY, &u.StressTorsion};
+  for (int k = 0; k < 4; ++k) {
+    const float* t = totals[k]->data();
+    std::copy(t, t + totals[k]->size(), after[k]->data());
+    float* a = after[k]->data();
+    const float* d = increments[k]->data();
+    for (int r = 0; r < rows; ++r) a[r] = t[r] + d[r];
+  }
+  return true;
+}
 
 // The softening factors: every unknown's column is divided by its factor when the
 // matrices are rebuilt. Worked out from the stresses before unloading sets any to zero.
-void SofteningFactors(const Engine& e, const GroupLayout& g, UpdatePlan& plan) {
+void SofteningFactors(const Engine& e, const GroupLayout& g, SoilUpdate& u) {
   const Workspace& w = e.ws;
   const Project& pr = e.project;
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n + 1; ++k) {
       const int r = g.AxialRow(p, k);
       const float R = k == g.n + 1 ? pr.Rb : pr.Rs;
-      plan.factor(g.AxialUnknown(p, k)) = SofteningFactor(w.StressAxial(r), w.LimitAxial(r), R);
+      u.factor(g.AxialUnknown(p, k)) = SofteningFactor(u.StressAxial(r), w.LimitAxial(r), R);
     }
     for (int k = 1; k <= g.n; ++k) {
       const int r = g.ElementRow(p, k);
-      plan.factor(g.XUnknown(p, k)) = SofteningFactor(w.StressX(r), w.LimitX(r), pr.Rl);
-      plan.factor(g.YUnknown(p, k)) = SofteningFactor(w.StressY(r), w.LimitY(r), pr.Rl);
-      plan.factor(g.TorsionUnknown(p, k)) = SofteningFactor(w.StressTorsion(r), w.LimitTorsion(r), pr.Rt);
+      u.factor(g.XUnknown(p, k)) = SofteningFactor(u.StressX(r), w.LimitX(r), pr.Rl);
+      u.factor(g.YUnknown(p, k)) = SofteningFactor(u.StressY(r), w.LimitY(r), pr.Rl);
+      u.factor(g.TorsionUnknown(p, k)) = SofteningFactor(u.StressTorsion(r), w.LimitTorsion(r), pr.Rt);
     }
   }
 }
@@ -106,21 +131,21 @@ void SofteningFactors(const Engine& e, const GroupLayout& g, UpdatePlan& plan) {
 // Axial yield. An element beyond its limit, or a base in tension, is released with the
 // torsional unknown of the same shaft element, since both act on the same interface.
 // The flag, once set, stays: the axial count is what ends the run.
-void AxialYield(Engine& e, const GroupLayout& g, UpdatePlan& plan) {
-  Workspace& w = e.ws;
+void AxialYield(const Engine& e, const GroupLayout& g, SoilUpdate& u) {
+  const Workspace& w = e.ws;
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n + 1; ++k) {
       const int r = g.AxialRow(p, k);
-      const float v = w.StressAxial(r);
+      const float v = u.StressAxial(r);
       const bool base = k == g.n + 1;
       if (!(std::fabs(v) > std::fabs(w.LimitAxial(r)) || (base && v < 0.0f))) continue;
-      if (w.Yielded(kAxialRow, r) == 0) {
-        LogLine(e, "Element " + FormatInt(r) + " yielded");
-        ++w.YieldCountAxial;
-        w.Yielded(kAxialRow, r) = 1;
+      if (u.Yielded(kAxialRow, r) == 0) {
+        u.newly_yielded(++u.newly_yielded_count) = r;
+        ++u.YieldCountAxial;
+        u.Yielded(kAxialRow, r) = 1;
       }
-      plan.Release(g.AxialUnknown(p, k));
-      if (!base) plan.Release(g.TorsionUnknown(p, k));
+      Release(u, g.AxialUnknown(p, k));
+      if (!base) Release(u, g.TorsionUnknown(p, k));
     }
   }
 }
@@ -132,19 +157,18 @@ void AxialYield(Engine& e, const GroupLayout& g, UpdatePlan& plan) {
 // and last elements of a pile, and the first direction's leftover in the second, carry
 // it on. Needs the allowance and a pile of 16 elements or more.
 void UnloadingInDirection(const Engine& e, const GroupLayout& g, RealVector& stress, const RealVector& increment,
-                          int yield_row, int (GroupLayout::*unknown)(int, int) const, float& S, UpdatePlan& plan) {
-  const Workspace& w = e.ws;
-  plan.Unloading.fill(0);
+                          int yield_row, int (GroupLayout::*unknown)(int, int) const, float& S, LogicalVector& unloading,
+                          SoilUpdate& u) {
   if (!(e.project.ElasticUnloading != 0 && g.n > 15)) return;
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n; ++k) {
       const int r = g.ElementRow(p, k);
-      if (w.Yielded(yield_row, r) == 0) continue;
+      if (u.Yielded(yield_row, r) == 0) continue;
       if (1 < k && k < g.n) S = increment(r - 1) + increment(r + 1);
       if (S * stress(r) < 0.0f) {
-        plan.Unloading(r) = 1;
+        unloading(r) = 1;
         stress(r) = 0.0f;
-        plan.Restore((g.*unknown)(p, k));
+        Restore(u, (g.*unknown)(p, k));
       }
     }
   }
@@ -154,116 +178,70 @@ void UnloadingInDirection(const Engine& e, const GroupLayout& g, RealVector& str
 // unloading: the flag clears and the element takes part again, softened. A stress that
 // is neither (not a number) is taken as beyond. The counter counts every time an element
 // becomes yielded and never goes down.
-void TransverseYield(Engine& e, const GroupLayout& g, const RealVector& stress, const RealVector& limit, int yield_row,
-                     int (GroupLayout::*unknown)(int, int) const, int& count, UpdatePlan& plan) {
-  Workspace& w = e.ws;
+void TransverseYield(const GroupLayout& g, const RealVector& stress, const RealVector& limit,
+                     const LogicalVector& unloading, int yield_row, int (GroupLayout::*unknown)(int, int) const,
+                     int& count, SoilUpdate& u) {
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n; ++k) {
       const int r = g.ElementRow(p, k);
       const float x = std::fabs(stress(r));
       const float y = std::fabs(limit(r));
-      if (x < y || Same(x, y) || plan.Unloading(r) != 0) {
-        w.Yielded(yield_row, r) = 0;
+      if (x < y || Same(x, y) || unloading(r) != 0) {
+        u.Yielded(yield_row, r) = 0;
         continue;
       }
-      if (w.Yielded(yield_row, r) == 0) {
+      if (u.Yielded(yield_row, r) == 0) {
         ++count;
-        w.Yielded(yield_row, r) = 1;
+        u.Yielded(yield_row, r) = 1;
       }
-      plan.Release((g.*unknown)(p, k));
+      Release(u, (g.*unknown)(p, k));
     }
   }
 }
 
 // Torsional yield: only a stress strictly beyond the limit yields, and it releases the
 // axial unknown of the same element too.
-void TorsionalYield(Engine& e, const GroupLayout& g, UpdatePlan& plan) {
-  Workspace& w = e.ws;
+void TorsionalYield(const Engine& e, const GroupLayout& g, SoilUpdate& u) {
+  const Workspace& w = e.ws;
   for (int p = 1; p <= g.P; ++p) {
     for (int k = 1; k <= g.n; ++k) {
       const int r = g.ElementRow(p, k);
-      const float x = std::fabs(w.StressTorsion(r));
+      const float x = std::fabs(u.StressTorsion(r));
       const float y = std::fabs(w.LimitTorsion(r));
       if (x < y || Same(x, y)) {
-        w.Yielded(kTorsionRow, r) = 0;
+        u.Yielded(kTorsionRow, r) = 0;
       } else if (x > y) {
-        if (w.Yielded(kTorsionRow, r) == 0) {
-          ++w.YieldCountTorsion;
-          w.Yielded(kTorsionRow, r) = 1;
+        if (u.Yielded(kTorsionRow, r) == 0) {
+          ++u.YieldCountTorsion;
+          u.Yielded(kTorsionRow, r) = 1;
         }
-        plan.Release(g.TorsionUnknown(p, k));
-        plan.Release(g.AxialUnknown(p, k));
+        Release(u, g.TorsionUnknown(p, k));
+        Release(u, g.AxialUnknown(p, k));
       }
-    }
-  }
-}
-
-// The decisions as the matrix pass reads them.
-struct Decisions {
-  const float* factor;      // [c - 1]
-  const int* released_at;   // [c - 1]
-  const int* last_op_at;    // [c - 1]
-  const int* touched;       // the unknowns with an operation, or null: then every row is
-  int touched_count;        // taken one by one
-};
-
-// Entry (i, j) of GD once all operations are applied, from the elastic g0, the pile's
-// d and the softened g_soft of that entry (1-based unknowns).
-inline float SystemEntry(const Decisions& p, int i, int j, float g0, float d, float g_soft) {
-  const int rel_i = p.released_at[i - 1], rel_j = p.released_at[j - 1];
-  const int last = std::max(p.last_op_at[i - 1], p.last_op_at[j - 1]);
-  if (last == 0) return g_soft + d;
-  if (last == rel_i || last == rel_j) return i == j ? 1.0f : 0.0f;
-  return g0 + d;
-}
-
-// The softening and GD = G + D, with every release and restore, in one pass over the
-// columns of the elastic G. D has entries only in the rows of the column's own pile;
-// elsewhere the sum takes 0.
-void RebuildSystem(Workspace& w, int N, const Decisions& p) {
-  const int M = w.D.rows();
-#pragma omp parallel for schedule(static) if (N >= 2048)
-  for (int j = 1; j <= N; ++j) {
-    const float* g0 = w.G.col(j);
-    const float* dj = w.D.col(j);
-    float* gd = w.system.GD.col(j);
-    const int r0 = PileBlockStart(M, j);
-    auto d = [dj, r0, M](int i) { return i >= r0 && i < r0 + M ? dj[i - r0] : 0.0f; };  // row i from 0
-    const float f = p.factor[j - 1];
-    if (p.last_op_at[j - 1] == 0 && p.touched != nullptr) {
-      // An untouched column: softened, summed, then only the rows of touched unknowns.
-      for (int i = 0; i < r0; ++i) gd[i] = g0[i] / f + 0.0f;
-      for (int i = r0; i < r0 + M; ++i) gd[i] = g0[i] / f + dj[i - r0];
-      for (int i = r0 + M; i < N; ++i) gd[i] = g0[i] / f + 0.0f;
-      for (int t = 0; t < p.touched_count; ++t) {
-        const int i = p.touched[t];
-        gd[i - 1] = SystemEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f);
-      }
-    } else {
-      for (int i = 1; i <= N; ++i) gd[i - 1] = SystemEntry(p, i, j, g0[i - 1], d(i - 1), g0[i - 1] / f);
     }
   }
 }
 
 // Whether two sets of decisions give the same matrices: the same releases and restores
 // in the same order, and the same factor for every column that isn't released.
-bool SameDecisions(const UpdatePlan& plan, const Workspace& w, int N) {
+bool SameDecisions(const SoilUpdate& u, const Workspace& w, int N) {
   for (int c = 1; c <= N; ++c) {
-    if (plan.released_at(c) != w.SoftReleasedAt(c) || plan.last_op_at(c) != w.SoftChangedAt(c)) return false;
-    if (plan.released_at(c) == 0 &&
-        std::bit_cast<std::uint32_t>(plan.factor(c)) != std::bit_cast<std::uint32_t>(w.SoftFactor(c)))
+    if (u.released_at(c) != w.SoftReleasedAt(c) || u.last_op_at(c) != w.SoftChangedAt(c)) return false;
+    if (u.released_at(c) == 0 &&
+        std::bit_cast<std::uint32_t>(u.factor(c)) != std::bit_cast<std::uint32_t>(w.SoftFactor(c)))
       return false;
   }
   return true;
 }
 
-Decisions DecisionsOf(const UpdatePlan& plan) {
-  return {plan.factor.data(), plan.released_at.data(), plan.last_op_at.data(), plan.touched.data(),
-          plan.touched_count};
-}
-
-Decisions KeptDecisions(const Workspace& w) {
-  return {w.SoftFactor.data(), w.SoftReleasedAt.data(), w.SoftChangedAt.data(), nullptr, 0};
+void CheckWorkspace(const Engine& e, const GroupLayout& g) {
+  const Workspace& w = e.ws;
+  const int N = g.N;
+  Require(!(N < 1 || w.G.rows() != N || w.G.cols() != N || w.D.rows() != g.M ||
+      w.D.cols() != N || w.system.GD.rows() != N || w.system.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
+      w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N ||
+      w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N),
+          "UpdateSoilFlexibility: workspace of another model");
 }
 
 }  // namespace
@@ -283,57 +261,101 @@ float SofteningFactor(float stress, float limit, float R) {
   return f < kMinimumSofteningFactor ? kMinimumSofteningFactor : f;
 }
 
-void UpdateSoilFlexibility(Engine& e, int increment) {
-  Workspace& w = e.ws;
+bool DecideSoilUpdate(Engine& e, int increment, bool totals_added, SoilUpdate& u) {
   const GroupLayout g = LayoutOf(e);
+  CheckWorkspace(e, g);
   const int N = g.N;
-  Require(!(N < 1 || w.G.rows() != N || w.G.cols() != N || w.D.rows() != g.M ||
-      w.D.cols() != N || w.system.GD.rows() != N || w.system.GD.cols() != N || w.Yielded.rows() != 4 || w.Yielded.cols() != N ||
-      w.StressAxial.size() < N || w.StressX.size() < N || w.LimitAxial.size() < N || w.LimitX.size() < N ||
-      w.SoftFactor.size() != N || w.SoftReleasedAt.size() != N || w.SoftChangedAt.size() != N),
-          "UpdateSoilFlexibility: workspace of another model");
-
-  UpdatePlan plan;
-  if (!plan.Create(e, N)) {
-    // No yield can be tested; the softened G and GD stay as they were before the solve,
-    // which took GD for its factors: it is formed again.
-    if (w.system.HoldsFactors()) {
-      if (w.system.Planned()) {
-        RebuildSystem(w, N, KeptDecisions(w));
-      } else {
-        FormSystemMatrix(w);
-      }
-      w.system.MatrixFormed(w.system.Planned());
-    }
-    return;
-  }
-
-  SofteningFactors(e, g, plan);
-  AxialYield(e, g, plan);
+  if (!StartUpdate(e, N, totals_added, u)) return false;
+  const Workspace& w = e.ws;
+  SofteningFactors(e, g, u);
+  AxialYield(e, g, u);
   float S = 0.0f;
-  UnloadingInDirection(e, g, w.StressX, w.StressXInc, kXRow, &GroupLayout::XUnknown, S, plan);
-  TransverseYield(e, g, w.StressX, w.LimitX, kXRow, &GroupLayout::XUnknown, w.YieldCountX, plan);
-  UnloadingInDirection(e, g, w.StressY, w.StressYInc, kYRow, &GroupLayout::YUnknown, S, plan);
-  TransverseYield(e, g, w.StressY, w.LimitY, kYRow, &GroupLayout::YUnknown, w.YieldCountY, plan);
-  TorsionalYield(e, g, plan);
-
+  UnloadingInDirection(e, g, u.StressX, w.StressXInc, kXRow, &GroupLayout::XUnknown, S, u.UnloadedX, u);
+  TransverseYield(g, u.StressX, w.LimitX, u.UnloadedX, kXRow, &GroupLayout::XUnknown, u.YieldCountX, u);
+  UnloadingInDirection(e, g, u.StressY, w.StressYInc, kYRow, &GroupLayout::YUnknown, S, u.UnloadedY, u);
+  TransverseYield(g, u.StressY, w.LimitY, u.UnloadedY, kYRow, &GroupLayout::YUnknown, u.YieldCountY, u);
+  TorsionalYield(e, g, u);
+  // The passes find the touched rows of a band by search.
+  std::sort(u.touched.data(), u.touched.data() + u.touched_count);
   // The same decisions as last time leave G as it is and GD as the system just solved,
-  // whose factors GD holds: nothing to do.
-  if (increment >= 2 && w.system.Planned() && w.system.Solved() && SameDecisions(plan, w, N)) {
+  // whose factors GD holds.
+  u.unchanged = increment >= 2 && w.system.Planned() && w.system.Solved() && SameDecisions(u, w, N);
+  u.decided = true;
+  return true;
+}
+
+SofteningDecisions DecisionsOf(const SoilUpdate& u) {
+  return {u.factor.data(), u.released_at.data(), u.last_op_at.data(), u.touched.data(), u.touched_count};
+}
+
+void KeepDecisions(Workspace& w, const SoilUpdate& u) {
+  const int N = u.factor.size();
+  std::copy(u.factor.data(), u.factor.data() + N, w.SoftFactor.data());
+  std::copy(u.released_at.data(), u.released_at.data() + N, w.SoftReleasedAt.data());
+  std::copy(u.last_op_at.data(), u.last_op_at.data() + N, w.SoftChangedAt.data());
+  w.system.MatrixFormed(true);
+}
+
+void CommitSoilUpdate(Engine& e, SoilUpdate& u) {
+  Require(u.decided, "CommitSoilUpdate: no decisions to commit");
+  Workspace& w = e.ws;
+  for (int k = 1; k <= u.newly_yielded_count; ++k) LogLine(e, "Element " + FormatInt(u.newly_yielded(k)) + " yielded");
+  std::copy(u.Yielded.data(), u.Yielded.data() + u.Yielded.count(), w.Yielded.data());
+  w.YieldCountAxial = u.YieldCountAxial;
+  w.YieldCountX = u.YieldCountX;
+  w.YieldCountY = u.YieldCountY;
+  w.YieldCountTorsion = u.YieldCountTorsion;
+  for (int r = 1; r <= u.UnloadedX.size(); ++r) {
+    if (u.UnloadedX(r) != 0) w.StressX(r) = 0.0f;
+    if (u.UnloadedY(r) != 0) w.StressY(r) = 0.0f;
+  }
+  if (u.unchanged) {
     w.system.MarkUnchanged();
+  } else if (!u.formed) {
+    RebuildSystem(w, DecisionsOf(u));
+    KeepDecisions(w, u);
+  }
+  u.decided = false;
+}
+
+void UpdateSoilFlexibility(Engine& e, int increment, SoilUpdate* decided) {
+  if (decided != nullptr && decided->decided) {
+    CommitSoilUpdate(e, *decided);
     return;
   }
-  RebuildSystem(w, N, DecisionsOf(plan));
-  std::copy(plan.factor.data(), plan.factor.data() + N, w.SoftFactor.data());
-  std::copy(plan.released_at.data(), plan.released_at.data() + N, w.SoftReleasedAt.data());
-  std::copy(plan.last_op_at.data(), plan.last_op_at.data() + N, w.SoftChangedAt.data());
-  w.system.MatrixFormed(true);
+  SoilUpdate u;
+  if (DecideSoilUpdate(e, increment, true, u)) {
+    CommitSoilUpdate(e, u);
+    return;
+  }
+  // No yield can be tested; the softened G and GD stay as they were before the solve,
+  // which took GD for its factors: it is formed again.
+  Workspace& w = e.ws;
+  if (w.system.HoldsFactors()) {
+    if (w.system.Planned()) {
+      RebuildSystem(w, KeptDecisions(w));
+    } else {
+      FormSystemMatrix(w);
+    }
+    w.system.MatrixFormed(w.system.Planned());
+  }
+}
+
+void SoftenedSoilMovements(Workspace& w, const float* t, float* out, SoilUpdate* next) {
+  if (next == nullptr || !next->decided || next->unchanged || next->formed) {
+    SoftenedFlexibilityTimes(w, t, out, nullptr);
+    return;
+  }
+  const SofteningDecisions p = DecisionsOf(*next);
+  SoftenedFlexibilityTimes(w, t, out, &p);
+  KeepDecisions(w, *next);
+  next->formed = true;
 }
 
 void FormUnchangedSystem(Workspace& w) {
   if (!w.system.Unchanged()) return;
   // The kept decisions are those of this update.
-  RebuildSystem(w, w.G.rows(), KeptDecisions(w));
+  RebuildSystem(w, KeptDecisions(w));
   w.system.MatrixFormed(true);
 }
 

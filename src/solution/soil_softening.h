@@ -4,7 +4,53 @@
 // soil flexibility itself is read through SoftenedSoilFlexibility (workspace.h).
 #pragma once
 
+#include "engine/arrays.h"
+
 namespace quellon {
+
+struct Engine;
+struct Workspace;
+
+// The softening after an increment, decided and waiting to take effect. The decisions
+// read only the stresses, limits and yield state, so they can be taken as soon as the
+// increment's stresses are known: the pass over G that forms the increment's soil
+// movements then forms the next system too, instead of a second pass over G later.
+// What they change in the yield state (the flags, the counters, the LOG's yield lines,
+// the stresses that unloading sets to zero) waits in here for CommitSoilUpdate, at the
+// place in the increment where the softening has always taken effect.
+struct SoilUpdate {
+  bool decided = false;  // the decisions below stand
+  bool unchanged = false;  // they are those of the system solved last: nothing to form
+  bool formed = false;   // the next system GD has been formed from them
+
+  // The decisions that concern the matrices.
+  RealVector factor;          // softening factor of each unknown's column
+  IntegerVector released_at;  // order of the unknown's last release, 0 if none
+  IntegerVector last_op_at;   // order of its last release or restore, 0 if none
+  IntegerVector touched;      // the unknowns with an operation, 1 to touched_count
+  int touched_count = 0;
+  int order = 0;
+
+  // The yield state as the decisions leave it: the totals of the stresses after the
+  // increment, with unloading's zeros; the yield flags and counters.
+  RealVector StressAxial, StressX, StressY, StressTorsion;
+  LogicalVector UnloadedX, UnloadedY;  // rows whose stress total unloading set to zero
+  LogicalMatrix Yielded;
+  int YieldCountAxial = 0, YieldCountX = 0, YieldCountY = 0, YieldCountTorsion = 0;
+  IntegerVector newly_yielded;  // axial rows that yielded, in order, for the LOG
+  int newly_yielded_count = 0;
+};
+
+// Decides the softening after increment `increment` into u. totals_added: whether the
+// increment's stresses are in the workspace's totals already. Returns false, with u not
+// decided, when its work vectors can't be had.
+bool DecideSoilUpdate(Engine& e, int increment, bool totals_added, SoilUpdate& u);
+// Makes a decided update take effect: the yield state, then the next system unless the
+// soil movements' pass formed it.
+void CommitSoilUpdate(Engine& e, SoilUpdate& u);
+// out = (softened G) t for the system last solved (FormSoilMovements); with next decided
+// and changing the system, the same pass forms the next system, which then stands.
+void SoftenedSoilMovements(Workspace& w, const float* t, float* out, SoilUpdate* next);
 
 // Smallest softening factor: the share of its elastic stiffness that the soil at an
 // element keeps once its stress has reached what the hyperbolic law can describe. It is

@@ -9,6 +9,7 @@ namespace quellon {
 
 struct Engine;
 struct Workspace;
+struct SoilUpdate;
 
 // Before the workspace: the four yield counters to zero.
 void ResetYieldCounters(Engine& e);
@@ -36,8 +37,9 @@ void SpreadCapMovement(const Foundation& f, const GroupLayout& g, const float fl
                        RealVector& packed);
 // The soil movement at every unknown, the soil flexibility times packed: from G (as the
 // softening leaves it, in a non-linear run), or once G has become a linear run's system,
-// from G's blocks again, bit for bit the same.
-void FormSoilMovements(Engine& e, const RealVector& packed);
+// from G's blocks again, bit for bit the same. With next, the softening after this
+// increment decided (DecideSoilUpdate), the same pass over G forms the next system.
+void FormSoilMovements(Engine& e, const RealVector& packed, SoilUpdate* next = nullptr);
 // Its parts before and after the soil movement (SoilDispInc): the cap movement, the
 // element stresses and the pile head movements; the loads down each pile.
 void CapMovementAndStresses(const Foundation& f, const GroupLayout& g, const float flex[36], Workspace& w);
@@ -45,8 +47,9 @@ void LoadsDownEachPile(const Foundation& f, const GroupLayout& g, Workspace& w);
 void SplitSoilDisplacements(const GroupLayout& g, Workspace& w);
 // The cap, stress and movement increments into the totals and the history.
 void AddMovementsToTotals(const GroupLayout& g, int increment, Workspace& w);
-// Softening and yield for the next increment, in non-linear runs (soil_softening.cpp).
-void UpdateSoilFlexibility(Engine& e, int increment);
+// Softening and yield for the next increment, in non-linear runs (soil_softening.cpp);
+// with decided, the update decided earlier in the increment takes effect.
+void UpdateSoilFlexibility(Engine& e, int increment, SoilUpdate* decided = nullptr);
 // Before GD is shown as a matrix: when the softening found the next system equal to the
 // one whose factors GD holds, GD is formed again (and will be factorised again).
 void FormUnchangedSystem(Workspace& w);

@@ -3,19 +3,23 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstring>
+#include <memory>
 #include <random>
+#include <vector>
 
 #include "solution_test_model.h"
 
 namespace quellon {
 namespace {
 
-// Two piles of 16 elements (enough for elastic unloading) with a workspace: G and D filled
+// Piles of 16 elements (enough for elastic unloading) with a workspace: G and D filled
 // with distinct, well-conditioned values.
-struct System {
-  static constexpr int n = 16, P = 2, M = 4 * n + 1, N = M * P;
+template <int Piles = 2>
+struct SystemOf {
+  static constexpr int n = 16, P = Piles, M = 4 * n + 1, N = M * P;
   Engine e;
-  System() {
+  SystemOf() {
     e.foundation.NumberOfElements = n;
     EXPECT_EQ(CreatePiles(e, P), 1);
     e.actions.NumberOfIncrements = 3;
@@ -30,6 +34,7 @@ struct System {
     }
   }
 };
+using System = SystemOf<>;
 
 TEST(SofteningFactor, HyperbolicLawFloorsAtTheLimit) {
   EXPECT_EQ(SofteningFactor(-50.0f, -100.0f, 0.5f), 0.5625f);  // (1 - 0.25)^2
@@ -145,6 +150,59 @@ TEST(SoilSoftening, OnePassRebuildMatchesTheStepByStepUpdate) {
       EXPECT_EQ(wa.YieldCountX + 10 * wa.YieldCountY + 100 * wa.YieldCountTorsion + 1000 * wa.YieldCountAxial,
                 wb.YieldCountX + 10 * wb.YieldCountY + 100 * wb.YieldCountTorsion + 1000 * wb.YieldCountAxial);
     }
+  }
+}
+
+// Decided from the increment's stresses before they reach the totals, the update forms the
+// next system in the soil movements' pass over G, and takes effect after the totals: the
+// same system, yield state and stresses as the update decided after the totals, and the
+// soil movements of the softened G the increment solved, each row summed in column order.
+// 64 piles make N = 4,160, enough for the pass to split the rows into bands.
+TEST(SoilSoftening, UpdateDecidedEarlyFormsTheSameSystemInTheSoilMovementsPass) {
+  using Big = SystemOf<64>;
+  auto a = std::make_unique<Big>(), b = std::make_unique<Big>();
+  Workspace &wa = a->e.ws, &wb = b->e.ws;
+  std::mt19937 rng(11);
+  std::uniform_real_distribution<float> stress(-150.0f, 150.0f), limit(0.0f, 120.0f);
+  Project& pr = a->e.project;
+  pr.ElasticUnloading = 1;
+  pr.Rs = pr.Rb = pr.Rl = pr.Rt = 0.8f;
+  b->e.project = pr;
+  const GroupLayout g = LayoutOf(a->e);
+  std::vector<float> t(Big::N), reference(Big::N);
+  for (int increment = 1; increment <= 2; ++increment) {
+    SCOPED_TRACE(increment);
+    for (RealVector* v : {&wa.StressAxial, &wa.StressX, &wa.StressY, &wa.StressTorsion, &wa.StressAxialInc,
+                          &wa.StressXInc, &wa.StressYInc, &wa.StressTorsionInc, &wa.LimitAxial, &wa.LimitX,
+                          &wa.LimitY, &wa.LimitTorsion})
+      for (int r = 1; r <= v->size(); ++r) (*v)(r) = v == &wa.LimitAxial || v == &wa.LimitX ? limit(rng) : stress(rng);
+    for (float& x : t) x = stress(rng);
+    wb = wa;
+    // The soil movements through the softened G, row by row in column order.
+    for (int i = 1; i <= Big::N; ++i) {
+      float sum = 0.0f;
+      for (int j = 1; j <= Big::N; ++j) sum = sum + SoftenedSoilFlexibility(wa, i, j) * t[static_cast<std::size_t>(j - 1)];
+      reference[static_cast<std::size_t>(i - 1)] = sum;
+    }
+    AddMovementsToTotals(g, increment, wa);
+    UpdateSoilFlexibility(a->e, increment);
+
+    SoilUpdate next;
+    ASSERT_TRUE(DecideSoilUpdate(b->e, increment, false, next));
+    SoftenedSoilMovements(wb, t.data(), wb.SoilDispInc.data(), &next);
+    EXPECT_TRUE(next.formed);
+    AddMovementsToTotals(g, increment, wb);
+    UpdateSoilFlexibility(b->e, increment, &next);
+
+    auto same = [](const auto& x, const auto& y) {
+      return x.count() == y.count() && std::memcmp(x.data(), y.data(), x.count() * sizeof(*x.data())) == 0;
+    };
+    EXPECT_TRUE(std::memcmp(reference.data(), wb.SoilDispInc.data(), reference.size() * sizeof(float)) == 0);
+    EXPECT_TRUE(same(wa.system.GD, wb.system.GD) && same(wa.Yielded, wb.Yielded));
+    for (auto m : {&Workspace::StressAxial, &Workspace::StressX, &Workspace::StressY, &Workspace::SoftFactor})
+      EXPECT_TRUE(std::memcmp((wa.*m).data(), (wb.*m).data(), static_cast<std::size_t>((wa.*m).size()) * sizeof(float)) == 0);
+    EXPECT_EQ(std::vector<int>({wa.YieldCountAxial, wa.YieldCountX, wa.YieldCountY, wa.YieldCountTorsion}),
+              std::vector<int>({wb.YieldCountAxial, wb.YieldCountX, wb.YieldCountY, wb.YieldCountTorsion}));
   }
 }
 
