@@ -98,7 +98,8 @@ IncrementEnd RunIncrement(Engine& e, int i, int& solve_result) {
   // pass over G that forms the soil movements form the next system too. It takes effect
   // below, in its place among the totals and reports.
   SoilUpdate next;
-  if (e.project.NonLinear) DecideSoilUpdate(e, i, false, next);
+  if (e.project.NonLinear && DecideSoilUpdate(e, i, false, next))
+    next.system_needed = i < e.actions.NumberOfIncrements || ReportShowsSystemMatrix(e);
   FormSoilMovements(e, packed, &next);
   packed.release();
   if (CheckIncrementResults(e, i) == 0) return IncrementEnd::kFail;

@@ -35,10 +35,17 @@ class GroupSystem {
   bool Solved() const { return solved_; }            // ... and succeeded: Tractions solve it
   bool Unchanged() const { return unchanged_; }      // the next system is the one solved
   bool Planned() const { return planned_; }          // the softening's decisions are kept
+  // The kept decisions are the next system's, but GD still holds the last factors: after
+  // the last increment nothing needs the next system.
+  bool Deferred() const { return deferred_; }
 
   // The softening: GD is a matrix again (planned: formed from the kept decisions), or
   // the next system equals the one whose factors GD holds.
   void MatrixFormed(bool planned) { *this = State{false, false, false, planned}; }
+  void MatrixDeferred() {
+    *this = State{true, false, false, true};
+    deferred_ = true;
+  }
   void MarkUnchanged() { unchanged_ = true; }
   // The solve: whether the tractions in hand already solve the next system (the mark
   // is used up either way); then the factorisation, and its success.
@@ -75,9 +82,10 @@ class GroupSystem {
     unchanged_ = s.unchanged;
     planned_ = s.planned;
     failure_ = 0;
+    deferred_ = false;
     return *this;
   }
-  bool factorised_ = false, solved_ = false, unchanged_ = false, planned_ = false;
+  bool factorised_ = false, solved_ = false, unchanged_ = false, planned_ = false, deferred_ = false;
   int failure_ = 0;
   bool pair_blocks_as_system_ = false;
 };

@@ -309,7 +309,7 @@ PathEnd RunCasePath(Engine& e, int increments, int& completed) {
     SpreadCapMovement(f, g, flex, w, packed);
     // As in the run: the next system formed in the soil movements' pass over G.
     SoilUpdate next;
-    DecideSoilUpdate(e, i, false, next);
+    if (DecideSoilUpdate(e, i, false, next)) next.system_needed = i < increments;
     FormSoilMovements(e, packed, &next);
     SplitSoilDisplacements(g, w);
     AddMovementsToTotals(g, i, w);

@@ -293,7 +293,6 @@ void KeepDecisions(Workspace& w, const SoilUpdate& u) {
   std::copy(u.factor.data(), u.factor.data() + N, w.SoftFactor.data());
   std::copy(u.released_at.data(), u.released_at.data() + N, w.SoftReleasedAt.data());
   std::copy(u.last_op_at.data(), u.last_op_at.data() + N, w.SoftChangedAt.data());
-  w.system.MatrixFormed(true);
 }
 
 void CommitSoilUpdate(Engine& e, SoilUpdate& u) {
@@ -311,9 +310,13 @@ void CommitSoilUpdate(Engine& e, SoilUpdate& u) {
   }
   if (u.unchanged) {
     w.system.MarkUnchanged();
+  } else if (!u.formed && !u.system_needed) {
+    KeepDecisions(w, u);
+    w.system.MatrixDeferred();
   } else if (!u.formed) {
     RebuildSystem(w, DecisionsOf(u));
     KeepDecisions(w, u);
+    w.system.MatrixFormed(true);
   }
   u.decided = false;
 }
@@ -342,13 +345,14 @@ void UpdateSoilFlexibility(Engine& e, int increment, SoilUpdate* decided) {
 }
 
 void SoftenedSoilMovements(Workspace& w, const float* t, float* out, SoilUpdate* next) {
-  if (next == nullptr || !next->decided || next->unchanged || next->formed) {
+  if (next == nullptr || !next->decided || next->unchanged || next->formed || !next->system_needed) {
     SoftenedFlexibilityTimes(w, t, out, nullptr);
     return;
   }
   const SofteningDecisions p = DecisionsOf(*next);
   SoftenedFlexibilityTimes(w, t, out, &p);
   KeepDecisions(w, *next);
+  w.system.MatrixFormed(true);
   next->formed = true;
 }
 

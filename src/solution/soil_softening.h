@@ -22,6 +22,9 @@ struct SoilUpdate {
   bool decided = false;  // the decisions below stand
   bool unchanged = false;  // they are those of the system solved last: nothing to form
   bool formed = false;   // the next system GD has been formed from them
+  // Whether a next system is needed at all (not after the last increment, unless GD is
+  // to be shown): if not, the decisions are kept and GD is left as it is.
+  bool system_needed = true;
 
   // The decisions that concern the matrices.
   RealVector factor;          // softening factor of each unknown's column

@@ -198,6 +198,7 @@ int Solve(Engine& e, int increment) {
   // A linear run's later increment has the system of the first, whose factors are in
   // G's former storage: the first solve's outcome stands, tractions or failure.
   if (w.G.empty() && w.system.HoldsFactors()) return RepeatOutcome(e);
+  Require(!w.system.Deferred(), "Solve: the softening did not form the system it was to solve");
   if (increment < 2 || w.system.HoldsFactors()) FormSystemMatrix(w);
   w.system.Factorising();
 
