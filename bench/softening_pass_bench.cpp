@@ -1,7 +1,7 @@
 // The passes over the N by N matrices between two factorisations of a non-linear run, on
 // 50 piles of 50 elements (N = 10,050, two matrices of 400 MB): the soil movements (G t
 // through the softened G of the system solved) and the next system GD, as two passes or
-// as one. The decisions are made up: every column softened, a tenth of the unknowns
+// as one; and the system's first formation into fresh pages. The decisions are made up: every column softened, a tenth of the unknowns
 // released and a few restored, as in a run well past first yield.
 //
 //   softening_pass_bench [--benchmark_filter=...]
@@ -15,6 +15,7 @@
 #include "engine/model_tables.h"
 #include "engine/workspace.h"
 #include "solution/softened_flexibility.h"
+#include "solution/solve.h"
 
 namespace quellon {
 namespace {
@@ -105,9 +106,24 @@ void BM_ProductAlone(benchmark::State& state) {
   }
 }
 
+// The system's first formation, GD = G + D, into fresh pages as in a run's first increment.
+void BM_FirstFormation(benchmark::State& state) {
+  Fixture& f = Shared();
+  Workspace& w = f.e.ws;
+  for (auto _ : state) {
+    state.PauseTiming();
+    w.system.GD.release();
+    Create2DRealMatrix(f.e, w.system.GD, f.N, f.N);
+    state.ResumeTiming();
+    FormSystemMatrix(w);
+  }
+  w.system.MatrixFormed(true);
+}
+
 BENCHMARK(BM_ProductThenRebuild)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 BENCHMARK(BM_OnePass)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 BENCHMARK(BM_ProductAlone)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
+BENCHMARK(BM_FirstFormation)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 
 }  // namespace
 }  // namespace quellon

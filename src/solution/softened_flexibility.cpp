@@ -13,14 +13,13 @@
 #include <omp.h>
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
 #include <utility>
 #include <vector>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
+#include "engine/streaming_stores.h"
 #include "engine/workspace.h"
 
 namespace quellon {
@@ -72,28 +71,6 @@ void SystemRows(const SofteningDecisions& p, const Column& c, int i0, int i1, co
   } else {
     for (int i = i0; i < i1; ++i) rows[i - i0] = SystemEntry(p, i + 1, c.j, g0[i], d(i), g0[i] / f);
   }
-}
-
-// Copies count floats to dst with stores that bypass the caches: GD is written once per
-// pass and read only by the next factorisation, so its lines need not be fetched first
-// nor displace G's. Ends with the stores ordered before any later one (the thread's
-// part of a pass is then done for the others).
-void StreamOut(float* dst, const float* src, int count) {
-#if defined(__SSE2__)
-  int k = 0;
-  for (; k < count && (reinterpret_cast<std::uintptr_t>(dst + k) & 15u) != 0; ++k)
-    _mm_stream_si32(reinterpret_cast<int*>(dst + k), std::bit_cast<int>(src[k]));
-  for (; k + 4 <= count; k += 4) _mm_stream_ps(dst + k, _mm_loadu_ps(src + k));
-  for (; k < count; ++k) _mm_stream_si32(reinterpret_cast<int*>(dst + k), std::bit_cast<int>(src[k]));
-#else
-  std::copy(src, src + count, dst);
-#endif
-}
-
-void StreamFence() {
-#if defined(__SSE2__)
-  _mm_sfence();
-#endif
 }
 
 // The touched unknowns among rows i0 to i1 - 1 (from 0).
@@ -193,6 +170,7 @@ void SoftenedFlexibilityTimes(Workspace& w, const float* t, float* out, const So
       // The rows of G just read are in the cache: the next system's rows of the column
       // come from them without a second read of G.
       if (next == nullptr) continue;
+      // GD is written once here and next read by the factorisation.
       SystemRows(*next, c, i0, i1, touched.first, touched.second, rows.data());
       StreamOut(c.gd + i0, rows.data(), i1 - i0);
     }
