@@ -53,23 +53,37 @@ Column ColumnOf(Workspace& w, int j) {
 
 // Rows i0 to i1 - 1 (from 0) of a column of GD under the decisions p, into rows[0] to
 // rows[i1 - i0 - 1]. touched to touched_end: the touched unknowns among those rows.
+//
+// A row without an operation takes the column's state: an untouched column is softened
+// and summed; a column last released is 0 there; a column last restored is the elastic
+// G + D. Only the rows of touched unknowns depend on the order of two operations, and
+// are worked out entry by entry; every other row is one of three fills the compiler
+// runs four or more rows at a time.
 void SystemRows(const SofteningDecisions& p, const Column& c, int i0, int i1, const int* touched,
                 const int* touched_end, float* rows) {
   const float* g0 = c.g0;
   const float f = p.factor[c.j - 1];
-  const int a = std::clamp(c.r0, i0, i1), b = std::clamp(c.r0 + c.M, i0, i1);
   auto d = [&c](int i) { return i >= c.r0 && i < c.r0 + c.M ? c.d[i - c.r0] : 0.0f; };
-  if (p.last_op_at[c.j - 1] == 0 && p.touched != nullptr) {
-    // An untouched column: softened, summed, then only the rows of touched unknowns.
+  if (p.touched == nullptr) {
+    for (int i = i0; i < i1; ++i) rows[i - i0] = SystemEntry(p, i + 1, c.j, g0[i], d(i), g0[i] / f);
+    return;
+  }
+  const int a = std::clamp(c.r0, i0, i1), b = std::clamp(c.r0 + c.M, i0, i1);
+  const int last_j = p.last_op_at[c.j - 1];
+  if (last_j == 0) {
     for (int i = i0; i < a; ++i) rows[i - i0] = g0[i] / f + 0.0f;
     for (int i = a; i < b; ++i) rows[i - i0] = g0[i] / f + c.d[i - c.r0];
     for (int i = b; i < i1; ++i) rows[i - i0] = g0[i] / f + 0.0f;
-    for (const int* t = touched; t != touched_end; ++t) {
-      const int i = *t - 1;
-      rows[i - i0] = SystemEntry(p, i + 1, c.j, g0[i], d(i), g0[i] / f);
-    }
+  } else if (p.released_at[c.j - 1] == last_j) {
+    std::fill(rows, rows + (i1 - i0), 0.0f);
   } else {
-    for (int i = i0; i < i1; ++i) rows[i - i0] = SystemEntry(p, i + 1, c.j, g0[i], d(i), g0[i] / f);
+    for (int i = i0; i < a; ++i) rows[i - i0] = g0[i] + 0.0f;
+    for (int i = a; i < b; ++i) rows[i - i0] = g0[i] + c.d[i - c.r0];
+    for (int i = b; i < i1; ++i) rows[i - i0] = g0[i] + 0.0f;
+  }
+  for (const int* t = touched; t != touched_end; ++t) {
+    const int i = *t - 1;
+    rows[i - i0] = SystemEntry(p, i + 1, c.j, g0[i], d(i), g0[i] / f);
   }
 }
 
