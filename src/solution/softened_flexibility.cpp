@@ -13,14 +13,21 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <utility>
 #include <vector>
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 #include "engine/streaming_stores.h"
 #include "engine/workspace.h"
+
+// Function clones for AVX-512, AVX2 and the baseline, the one the processor runs chosen
+// when the library is loaded; only where the system can make that choice (ELF on x86-64).
+#if defined(__x86_64__) && defined(__ELF__) && defined(__GNUC__)
+#define QUELLON_WIDEST_VECTORS __attribute__((target_clones("avx512f", "avx2", "default")))
+#else
+#define QUELLON_WIDEST_VECTORS
+#endif
 
 namespace quellon {
 
@@ -59,8 +66,8 @@ Column ColumnOf(Workspace& w, int j) {
 // G + D. Only the rows of touched unknowns depend on the order of two operations, and
 // are worked out entry by entry; every other row is one of three fills the compiler
 // runs four or more rows at a time.
-void SystemRows(const SofteningDecisions& p, const Column& c, int i0, int i1, const int* touched,
-                const int* touched_end, float* rows) {
+[[gnu::always_inline]] inline void SystemRows(const SofteningDecisions& p, const Column& c, int i0, int i1,
+                                              const int* touched, const int* touched_end, float* rows) {
   const float* g0 = c.g0;
   const float f = p.factor[c.j - 1];
   auto d = [&c](int i) { return i >= c.r0 && i < c.r0 + c.M ? c.d[i - c.r0] : 0.0f; };
@@ -96,25 +103,30 @@ std::pair<const int*, const int*> TouchedRows(const SofteningDecisions& p, int i
 
 // How the product reads the softened G of the system last solved.
 struct SolvedSoftening {
-  bool softened;                // false: the elastic G
-  std::vector<float> released;  // 1 for a released unknown, else 0
+  bool softened;  // false: the elastic G
+  // Per row: all bits set for a row that takes part, none for a released one, whose
+  // entries are +0. Masking the quotient after the division keeps the row loop free of
+  // conditions, so that the compiler runs it as wide as the processor goes; a division
+  // under a condition stays one row at a time.
+  std::vector<std::uint32_t> keep;
   const float* factor;
   explicit SolvedSoftening(const Workspace& w) : softened(w.system.Planned()), factor(w.SoftFactor.data()) {
     if (!softened) return;
     const int N = w.G.rows();
-    released.resize(static_cast<std::size_t>(N));
-    for (int i = 0; i < N; ++i) released[static_cast<std::size_t>(i)] = w.SoftReleasedAt(i + 1) != 0 ? 1.0f : 0.0f;
+    keep.resize(static_cast<std::size_t>(N));
+    for (int i = 0; i < N; ++i) keep[static_cast<std::size_t>(i)] = w.SoftReleasedAt(i + 1) != 0 ? 0u : ~0u;
   }
 };
 
 // out[i0..i1) += (softened G)(i, j) t_j for column j.
-inline void AddColumnProduct(const SolvedSoftening& s, int j, const float* gj, float tj, float* out, int i0, int i1) {
+[[gnu::always_inline]] inline void AddColumnProduct(const SolvedSoftening& s, int j, const float* gj, float tj,
+                                                    float* out, int i0, int i1) {
   if (!s.softened) {
     for (int i = i0; i < i1; ++i) out[i] = out[i] + gj[i] * tj;
     return;
   }
-  if (s.released[static_cast<std::size_t>(j - 1)] != 0.0f) {
-    // Every row adds 0 t_j but the diagonal's, which adds 1 t_j.
+  if (s.keep[static_cast<std::size_t>(j - 1)] == 0u) {
+    // A released column: every row adds 0 t_j but the diagonal's, which adds 1 t_j.
     const int diagonal = j - 1;
     const bool here = diagonal >= i0 && diagonal < i1;
     const float before = here ? out[diagonal] : 0.0f;
@@ -123,22 +135,36 @@ inline void AddColumnProduct(const SolvedSoftening& s, int j, const float* gj, f
     if (here) out[diagonal] = before + 1.0f * tj;
     return;
   }
-  // Released rows add 0 t_j; the others G(i, j) / f t_j.
+  // Released rows add (+0) t_j; the others G(i, j) / f t_j.
   const float f = s.factor[j - 1];
-  const float* r = s.released.data();
-  int i = i0;
-#if defined(__SSE2__)
-  // Four rows at a time, the released ones masked to +0 after the division: the same
-  // floats as the rows one by one, which the compiler will not vectorise on its own
-  // for the division under a condition.
-  const __m128 f4 = _mm_set1_ps(f), t4 = _mm_set1_ps(tj), zero = _mm_setzero_ps();
-  for (; i + 4 <= i1; i += 4) {
-    const __m128 q = _mm_div_ps(_mm_loadu_ps(gj + i), f4);
-    const __m128 kept = _mm_andnot_ps(_mm_cmpneq_ps(_mm_loadu_ps(r + i), zero), q);
-    _mm_storeu_ps(out + i, _mm_add_ps(_mm_loadu_ps(out + i), _mm_mul_ps(kept, t4)));
+  const std::uint32_t* keep = s.keep.data();
+  for (int i = i0; i < i1; ++i) {
+    const float kept = std::bit_cast<float>(std::bit_cast<std::uint32_t>(gj[i] / f) & keep[i]);
+    out[i] = out[i] + kept * tj;
   }
-#endif
-  for (; i < i1; ++i) out[i] = out[i] + (r[i] != 0.0f ? 0.0f : gj[i] / f) * tj;
+}
+
+// One band of rows, i0 to i1 - 1, through every column: its soil movements into out and,
+// with next, its rows of the next system (rows: a buffer of i1 - i0 floats). Compiled
+// for the widest vectors the processor has, where the system can choose at load time;
+// every width forms the same floats, operation by operation (no contraction).
+QUELLON_WIDEST_VECTORS void BandPass(Workspace& w, const SolvedSoftening& solved, const float* t, float* out,
+                                     int i0, int i1, const SofteningDecisions* next, float* rows) {
+  const int N = w.G.rows();
+  for (int i = i0; i < i1; ++i) out[i] = 0.0f;
+  std::pair<const int*, const int*> touched{nullptr, nullptr};
+  if (next != nullptr) touched = TouchedRows(*next, i0, i1);
+  for (int j = 1; j <= N; ++j) {
+    const Column c = ColumnOf(w, j);
+    AddColumnProduct(solved, j, c.g0, t[j - 1], out, i0, i1);
+    // The rows of G just read are in the cache: the next system's rows of the column
+    // come from them without a second read of G. GD is written once here and next read
+    // by the factorisation.
+    if (next == nullptr) continue;
+    SystemRows(*next, c, i0, i1, touched.first, touched.second, rows);
+    StreamOut(c.gd + i0, rows, i1 - i0);
+  }
+  StreamFence();
 }
 
 }  // namespace
@@ -149,7 +175,9 @@ SofteningDecisions KeptDecisions(const Workspace& w) {
 
 void RebuildSystem(Workspace& w, const SofteningDecisions& p) {
   const int N = w.G.rows();
-  const auto [touched, touched_end] = TouchedRows(p, 0, N);
+  const std::pair<const int*, const int*> rows = TouchedRows(p, 0, N);
+  const int* touched = rows.first;
+  const int* touched_end = rows.second;
 #pragma omp parallel for schedule(static) if (N >= 2048)
   for (int j = 1; j <= N; ++j) {
     const Column c = ColumnOf(w, j);
@@ -171,24 +199,8 @@ void SoftenedFlexibilityTimes(Workspace& w, const float* t, float* out, const So
 #pragma omp parallel for schedule(dynamic, 1) if (N >= 2 * kBand)
   for (int b = 0; b < bands; ++b) {
     const int i0 = std::min(N, b * band), i1 = std::min(N, i0 + band);
-    for (int i = i0; i < i1; ++i) out[i] = 0.0f;
-    std::pair<const int*, const int*> touched{nullptr, nullptr};
-    std::vector<float> rows;
-    if (next != nullptr) {
-      touched = TouchedRows(*next, i0, i1);
-      rows.resize(static_cast<std::size_t>(i1 - i0));
-    }
-    for (int j = 1; j <= N; ++j) {
-      const Column c = ColumnOf(w, j);
-      AddColumnProduct(solved, j, c.g0, t[j - 1], out, i0, i1);
-      // The rows of G just read are in the cache: the next system's rows of the column
-      // come from them without a second read of G.
-      if (next == nullptr) continue;
-      // GD is written once here and next read by the factorisation.
-      SystemRows(*next, c, i0, i1, touched.first, touched.second, rows.data());
-      StreamOut(c.gd + i0, rows.data(), i1 - i0);
-    }
-    StreamFence();
+    std::vector<float> rows(next != nullptr ? static_cast<std::size_t>(i1 - i0) : 0);
+    BandPass(w, solved, t, out, i0, i1, next, rows.data());
   }
 }
 
