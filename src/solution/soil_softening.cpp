@@ -55,8 +55,6 @@ constexpr int kXRow = 2;
 constexpr int kYRow = 3;
 constexpr int kTorsionRow = 4;
 
-void Release(SoilUpdate& u, int c);
-
 // Notes an operation on unknown c, in the order of the decisions.
 void NoteOperation(SoilUpdate& u, int c) {
   if (u.last_op_at(c) == 0) u.touched(++u.touched_count) = c;

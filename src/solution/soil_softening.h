@@ -19,9 +19,9 @@ struct Workspace;
 // the stresses that unloading sets to zero) waits in here for CommitSoilUpdate, at the
 // place in the increment where the softening has always taken effect.
 struct SoilUpdate {
-  bool decided = false;  // the decisions below stand
+  bool decided = false;    // the decisions below stand
   bool unchanged = false;  // they are those of the system solved last: nothing to form
-  bool formed = false;   // the next system GD has been formed from them
+  bool formed = false;     // the next system GD has been formed from them
   // Whether a next system is needed at all (not after the last increment, unless GD is
   // to be shown): if not, the decisions are kept and GD is left as it is.
   bool system_needed = true;
