@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "engine/available_memory.h"
+#include "engine/background_release.h"
 #include "engine/group_layout.h"
 #include "engine/load_cases.h"
 #include "engine/model.h"
@@ -69,6 +70,9 @@ struct Engine {
   // What the creation routines ask before they allocate: the bytes that may still be
   // taken. A request above it counts as exhausted memory. Tests put their own in.
   std::uint64_t (*memory_probe)() = &AvailableMemoryBytes;
+  // The large arrays of the last run, freed on a thread of their own after it ended;
+  // joined before memory is asked for again and when the engine goes.
+  BackgroundRelease released_arrays;
   // Wall time by phase of the runs on this engine, for a benchmark that puts one in;
   // null, the default, times nothing.
   PhaseTimer* timer = nullptr;

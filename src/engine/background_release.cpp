@@ -1,0 +1,39 @@
+#include "engine/background_release.h"
+
+#include <exception>
+#include <utility>
+
+namespace quellon {
+
+namespace {
+
+template <class T>
+std::size_t Bytes(const std::vector<Mat<T>>& arrays) {
+  std::size_t bytes = 0;
+  for (const Mat<T>& a : arrays) bytes += a.count() * sizeof(T);
+  return bytes;
+}
+
+}  // namespace
+
+void BackgroundRelease::Take(std::vector<RealMatrix>&& real, std::vector<IntegerMatrix>&& integer) {
+  Wait();
+  std::vector<RealMatrix> r = std::move(real);
+  std::vector<IntegerMatrix> k = std::move(integer);
+  if (Bytes(r) + Bytes(k) < threshold) return;  // freed here, as r and k go
+  try {
+    // The arrays move into the thread's own callable; should the thread not start, the
+    // callable is destroyed here and frees them at once.
+    worker_ = std::thread([r = std::move(r), k = std::move(k)]() mutable {
+      r.clear();
+      k.clear();
+    });
+  } catch (const std::exception&) {  // no thread to be had, or no memory for its start
+  }
+}
+
+void BackgroundRelease::Wait() {
+  if (worker_.joinable()) worker_.join();
+}
+
+}  // namespace quellon
