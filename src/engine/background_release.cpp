@@ -1,8 +1,5 @@
 #include "engine/background_release.h"
 
-#include <exception>
-#include <utility>
-
 namespace quellon {
 
 namespace {
@@ -17,23 +14,16 @@ std::size_t Bytes(const std::vector<Mat<T>>& arrays) {
 }  // namespace
 
 void BackgroundRelease::Take(std::vector<RealMatrix>&& real, std::vector<IntegerMatrix>&& integer) {
-  Wait();
+  task_.Wait();
   std::vector<RealMatrix> r = std::move(real);
   std::vector<IntegerMatrix> k = std::move(integer);
   if (Bytes(r) + Bytes(k) < threshold) return;  // freed here, as r and k go
-  try {
-    // The arrays move into the thread's own callable; should the thread not start, the
-    // callable is destroyed here and frees them at once.
-    worker_ = std::thread([r = std::move(r), k = std::move(k)]() mutable {
-      r.clear();
-      k.clear();
-    });
-  } catch (const std::exception&) {  // no thread to be had, or no memory for its start
-  }
-}
-
-void BackgroundRelease::Wait() {
-  if (worker_.joinable()) worker_.join();
+  // The arrays move into the thread's callable; should the thread not start, the
+  // callable is destroyed here and frees them at once.
+  task_.Start([r = std::move(r), k = std::move(k)]() mutable {
+    r.clear();
+    k.clear();
+  });
 }
 
 }  // namespace quellon

@@ -59,6 +59,13 @@ struct Engine {
   QuellonWindowMessageFn window_observer = nullptr;
   FileUnits files;
   Workspace ws;
+  // The first writes to G's pages, done ahead on a thread from the workspace's creation;
+  // joined once the assembly is over, before G goes and when the engine goes (it is
+  // declared after the workspace so that it is joined before the workspace is freed).
+  BackgroundTask g_pages;
+  // The large arrays of the last run, freed on a thread of their own after it ended;
+  // joined before memory is asked for again and when the engine goes.
+  BackgroundRelease released_arrays;
   XMLDocumentState xml_document;  // elements of the XML output that are open
   LoadCaseSet load_cases;  // opt-in cases worked after the run's own increment
   bool running = false;  // a run is in progress on this engine
@@ -70,9 +77,6 @@ struct Engine {
   // What the creation routines ask before they allocate: the bytes that may still be
   // taken. A request above it counts as exhausted memory. Tests put their own in.
   std::uint64_t (*memory_probe)() = &AvailableMemoryBytes;
-  // The large arrays of the last run, freed on a thread of their own after it ended;
-  // joined before memory is asked for again and when the engine goes.
-  BackgroundRelease released_arrays;
   // Wall time by phase of the runs on this engine, for a benchmark that puts one in;
   // null, the default, times nothing.
   PhaseTimer* timer = nullptr;
