@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "engine/available_memory.h"
-#include "engine/background_release.h"
+#include "engine/background_work.h"
 #include "engine/group_layout.h"
 #include "engine/load_cases.h"
 #include "engine/model.h"
@@ -59,10 +59,6 @@ struct Engine {
   QuellonWindowMessageFn window_observer = nullptr;
   FileUnits files;
   Workspace ws;
-  // The first writes to G's pages, done ahead on a thread from the workspace's creation;
-  // joined once the assembly is over, before G goes and when the engine goes (it is
-  // declared after the workspace so that it is joined before the workspace is freed).
-  BackgroundTask g_pages;
   // The large arrays of the last run, freed on a thread of their own after it ended;
   // joined before memory is asked for again and when the engine goes.
   BackgroundRelease released_arrays;

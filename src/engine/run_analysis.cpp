@@ -188,7 +188,6 @@ int Calculate(Engine& e, bool& abandoned) {
     AssemblePileFlexibility(e, p);
     BuildBoundaryConditionVectors(e, p);
   }
-  e.g_pages.Wait();  // G is all written: its pages are all there
   if (CheckPileMatrices(e) == 0) return FailWithDocumentClosed(e);
 
   int solve_result = 0;

@@ -5,7 +5,6 @@
 #include <unistd.h>
 #endif
 
-#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <new>
@@ -106,31 +105,6 @@ int CreateLogical2D(Engine& e, LogicalMatrix& a, Size rows, Size cols) {
                 "Insufficient virtual memory to proceed (creating 2D logical matrix)");
 }
 
-// Below this size of G the assembly's own requests for its pages cost too little to be
-// worth a thread.
-constexpr std::size_t kAheadBytes = std::size_t{64} << 20;
-
-// Has G's pages faulted in on a thread of the engine while the run does its serial work
-// before the assembly. The kernel fills each page once, whichever of this thread and the
-// assembly's own requests comes first; no value of G is read or written here.
-void FaultInAhead(Engine& e) {
-#if defined(__linux__)
-  RealMatrix& G = e.ws.G;
-  if (G.count() * sizeof(float) < kAheadBytes) return;
-  // A request holds the process's map of memory for its whole length, so that any
-  // mapping of memory the run makes meanwhile would wait for it: the pages go a
-  // megabyte at a time.
-  float* const first = G.data();
-  const std::size_t count = G.count();
-  e.g_pages.Start([first, count] {
-    constexpr std::size_t kStep = (std::size_t{1} << 20) / sizeof(float);
-    for (std::size_t from = 0; from < count; from += kStep) PopulateForWriting(first + from, std::min(kStep, count - from));
-  });
-#else
-  (void)e;
-#endif
-}
-
 }  // namespace
 
 void PopulateForWriting(float* first, std::size_t count) {
@@ -176,10 +150,8 @@ int CreateWorkspace(Engine& e) {
   const Size K = 6;
   const bool nonlinear = e.project.NonLinear != 0;
   const Size N_nonlinear = nonlinear ? N : 0;
-  // The last run's arrays must be back before this one's are sized against what is left,
-  // and nothing may still be writing ahead into a G about to be replaced.
+  // The last run's arrays must be back before this one's are sized against what is left.
   e.released_arrays.Wait();
-  e.g_pages.Wait();
   w.system.Reset();
 
   RealVector* const vectorsN[] = {
@@ -240,12 +212,10 @@ int CreateWorkspace(Engine& e) {
     ReleaseWorkspace(e);
     return 0;
   }
-  FaultInAhead(e);
   return 1;
 }
 
 void ReleaseWorkspace(Engine& e) {
-  e.g_pages.Wait();
   // Every array goes, matrices first, whether or not it was made; the yield counters are
   // plain integers beside the arrays and are zeroed by their own routine, not here.
   ForEachArray(e.ws, [](auto& a) { a.release(); });
@@ -253,18 +223,21 @@ void ReleaseWorkspace(Engine& e) {
 }
 
 void ReleaseWorkspaceAfterRun(Engine& e) {
-  e.g_pages.Wait();  // G's storage may still be being faulted in ahead
-  std::vector<RealMatrix> real;
-  std::vector<IntegerMatrix> integer;
-  ForEachArray(e.ws, [&](auto& a) {
-    using Array = std::remove_reference_t<decltype(a)>;
-    if constexpr (std::is_same_v<Array, RealMatrix>) {
-      if (!a.empty()) real.push_back(std::move(a));
-    } else if constexpr (std::is_same_v<Array, IntegerMatrix>) {
-      if (!a.empty()) integer.push_back(std::move(a));
-    }
-  });
-  e.released_arrays.Take(std::move(real), std::move(integer));
+  try {
+    std::vector<RealMatrix> real;
+    std::vector<IntegerMatrix> integer;
+    ForEachArray(e.ws, [&](auto& a) {
+      using Array = std::remove_reference_t<decltype(a)>;
+      if constexpr (std::is_same_v<Array, RealMatrix>) {
+        if (!a.empty()) real.push_back(std::move(a));
+      } else if constexpr (std::is_same_v<Array, IntegerMatrix>) {
+        if (!a.empty()) integer.push_back(std::move(a));
+      }
+    });
+    e.released_arrays.Take(std::move(real), std::move(integer));
+  } catch (const std::bad_alloc&) {
+    // No room for the lists: what they took is freed as they go, the rest below.
+  }
   ReleaseWorkspace(e);  // the vectors, small beside the matrices, and the system's state
 }
 

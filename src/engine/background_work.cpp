@@ -1,4 +1,4 @@
-#include "engine/background_release.h"
+#include "engine/background_work.h"
 
 namespace quellon {
 
@@ -17,12 +17,12 @@ void BackgroundRelease::Take(std::vector<RealMatrix>&& real, std::vector<Integer
   task_.Wait();
   std::vector<RealMatrix> r = std::move(real);
   std::vector<IntegerMatrix> k = std::move(integer);
-  if (Bytes(r) + Bytes(k) < threshold) return;  // freed here, as r and k go
+  if (!kReleaseInBackground || Bytes(r) + Bytes(k) < threshold) return;  // freed here, as r and k go
   // The arrays move into the thread's callable; should the thread not start, the
   // callable is destroyed here and frees them at once.
-  task_.Start([r = std::move(r), k = std::move(k)]() mutable {
-    r.clear();
-    k.clear();
+  task_.Start([real_arrays = std::move(r), integer_arrays = std::move(k)]() mutable {
+    real_arrays.clear();
+    integer_arrays.clear();
   });
 }
 

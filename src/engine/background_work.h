@@ -1,18 +1,15 @@
 // Work of a run that the host need not wait for, done on a thread the engine owns.
 //
-// Two costs of a large run are the system's, not the engine's: the first write to each
-// fresh page of G (a trap, a clearing and an accounting per page, some 0.1 s for 400 MB)
-// and the return of hundreds of megabytes at the end (a pass over the page tables and
-// the freeing of every page: tens of milliseconds, for which the host would wait
-// although nothing it receives depends on it). The first is started on a thread of its
-// own as soon as G exists, while the run goes through the serial work before the
-// assembly (the model's checks, the tables, the input reports) on the other core; the
-// second is handed to a thread when the run ends.
+// Giving back the hundreds of megabytes of a large run costs the system a pass over the
+// page tables and the freeing of every page: tens of milliseconds at the end of the run,
+// for which the host would wait although nothing it receives depends on it. The run's
+// matrices are therefore handed to a thread that frees them while the host goes on.
 //
-// The threads are never detached: each is joined where what it works on must be done
-// (G's pages before G is freed; the last run's memory before a new workspace is sized
-// against what is left, before the memory probe is asked anything else) and when the
-// engine is destroyed, which is also when a library that holds one is unloaded.
+// The thread is never detached: it is joined before a new workspace is created (whose
+// arrays are sized against the memory still available), before the memory probe is
+// asked anything else, and when the engine is destroyed, which is also when a library
+// that holds one is unloaded. So the memory is back wherever the engine next needs it,
+// and nothing outlives the engine that owns it.
 #pragma once
 
 #include <cstddef>
@@ -58,12 +55,21 @@ class BackgroundTask {
   std::thread worker_;
 };
 
+// Whether a run's arrays are freed on a thread. Not on Windows: a library unloaded there
+// runs its destructors under the loader's lock, which a thread still ending would need,
+// so that joining it could hang the unload.
+#if defined(_WIN32)
+inline constexpr bool kReleaseInBackground = false;
+#else
+inline constexpr bool kReleaseInBackground = true;
+#endif
+
 // The release of a finished run's matrices.
 class BackgroundRelease {
  public:
   // Takes the storage of the arrays (they are left empty) and frees it: on the thread
-  // when there are at least threshold bytes, here and now otherwise or when no thread
-  // can be started. A release still under way is finished first.
+  // when there are at least threshold bytes, here and now otherwise, on Windows, or when
+  // no thread can be started. A release still under way is finished first.
   void Take(std::vector<RealMatrix>&& real, std::vector<IntegerMatrix>&& integer);
 
   void Wait() { task_.Wait(); }
