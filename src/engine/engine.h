@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "engine/available_memory.h"
+#include "engine/background_work.h"
 #include "engine/group_layout.h"
 #include "engine/load_cases.h"
 #include "engine/model.h"
@@ -58,6 +59,9 @@ struct Engine {
   QuellonWindowMessageFn window_observer = nullptr;
   FileUnits files;
   Workspace ws;
+  // The large arrays of the last run, freed on a thread of their own after it ended;
+  // joined before memory is asked for again and when the engine goes.
+  BackgroundRelease released_arrays;
   XMLDocumentState xml_document;  // elements of the XML output that are open
   LoadCaseSet load_cases;  // opt-in cases worked after the run's own increment
   bool running = false;  // a run is in progress on this engine

@@ -15,8 +15,9 @@ namespace {
 // A table is refused, like a workspace array, when the memory probe says that the
 // process can't be given it: filling it would otherwise invite the kernel to kill the
 // process for memory.
-bool TableFits(const Engine& e, std::size_t rows, std::size_t row_bytes) {
+bool TableFits(Engine& e, std::size_t rows, std::size_t row_bytes) {
   if (rows == 0 || e.memory_probe == nullptr) return true;
+  e.released_arrays.Wait();  // the last run's arrays count as available
   return rows <= e.memory_probe() / row_bytes;
 }
 

@@ -220,7 +220,7 @@ int Calculate(Engine& e, bool& abandoned) {
 // so that the next analysis starts empty, and the host hears how it ended.
 void Finish(Engine& e, int result) {
   SwitchPhase(e.timer, Phase::kOther);
-  ReleaseWorkspace(e);
+  ReleaseWorkspaceAfterRun(e);
   // The outputs stay open for the host; what the run wrote is handed to the system now.
   e.files.xml.flush();
   e.files.txt.flush();

@@ -10,6 +10,9 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "engine/engine.h"
 #include "engine/notify.h"
@@ -147,6 +150,8 @@ int CreateWorkspace(Engine& e) {
   const Size K = 6;
   const bool nonlinear = e.project.NonLinear != 0;
   const Size N_nonlinear = nonlinear ? N : 0;
+  // The last run's arrays must be back before this one's are sized against what is left.
+  e.released_arrays.Wait();
   w.system.Reset();
 
   RealVector* const vectorsN[] = {
@@ -215,6 +220,25 @@ void ReleaseWorkspace(Engine& e) {
   // plain integers beside the arrays and are zeroed by their own routine, not here.
   ForEachArray(e.ws, [](auto& a) { a.release(); });
   e.ws.system.Reset();
+}
+
+void ReleaseWorkspaceAfterRun(Engine& e) {
+  try {
+    std::vector<RealMatrix> real;
+    std::vector<IntegerMatrix> integer;
+    ForEachArray(e.ws, [&](auto& a) {
+      using Array = std::remove_reference_t<decltype(a)>;
+      if constexpr (std::is_same_v<Array, RealMatrix>) {
+        if (!a.empty()) real.push_back(std::move(a));
+      } else if constexpr (std::is_same_v<Array, IntegerMatrix>) {
+        if (!a.empty()) integer.push_back(std::move(a));
+      }
+    });
+    e.released_arrays.Take(std::move(real), std::move(integer));
+  } catch (const std::bad_alloc&) {
+    // No room for the lists: what they took is freed as they go, the rest below.
+  }
+  ReleaseWorkspace(e);  // the vectors, small beside the matrices, and the system's state
 }
 
 }  // namespace quellon

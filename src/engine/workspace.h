@@ -235,5 +235,9 @@ int CreateWorkspace(Engine& e);
 // Every array, matrices first, and the state of the system; safe after a partial
 // creation and when called twice.
 void ReleaseWorkspace(Engine& e);
+// The same at the end of a run: the matrices' storage goes to the engine's background
+// release, so that the host need not wait for hundreds of megabytes to be unmapped. The
+// workspace is left as empty as ReleaseWorkspace leaves it.
+void ReleaseWorkspaceAfterRun(Engine& e);
 
 }  // namespace quellon
