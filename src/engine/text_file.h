@@ -38,6 +38,7 @@ class TextFile {
   long lines_read() const { return lines_read_; }
 
  private:
+  static constexpr std::size_t kWriteBuffer = 1 << 16;
   std::FILE* f_ = nullptr;
   std::string path_;
   long lines_read_ = 0;
