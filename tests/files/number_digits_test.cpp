@@ -35,7 +35,7 @@ std::string UnsignedZero(std::string s) {
 std::vector<double> Values() {
   std::vector<double> v = {0.5,    1.5,     2.5,      0.125,   0.375,    -0.125, 0.05,   9.5,     99.95f,
                            9.995,  999.5,   -0.0005,  -0.0,    1e-45f,   1e-320, 1e300,  -3e38f,  1e22,
-                           2e-7,   0.99999, 9.9996f,  123456.5, 4.35,    -1.005, 1e-5f,  65504.0, 0.015625};
+                           2e-7,   0.99999, 9.9996f,  123456.5, 4.35,    -1.005, 1e-5f,  65504.0, 0.015625, 0.0009765625, 1.5e-9f};
   v.push_back(std::numeric_limits<double>::infinity());
   v.push_back(-std::numeric_limits<float>::infinity());
   v.push_back(std::nan(""));
@@ -59,7 +59,7 @@ std::vector<double> Values() {
 TEST(NumberDigits, MatchPrintfOnRandomAndDelicateValues) {
   int compared = 0;
   for (const double v : Values()) {
-    for (const int d : {0, 1, 2, 3, 4, 6, 9, 17}) {
+    for (const int d : {0, 1, 2, 3, 4, 6, 7, 9, 17}) {
       const bool finite = std::isfinite(v);
       if (finite && v != 0.0) {
         // A field wider than any such text keeps it whole, as printf prints it.
