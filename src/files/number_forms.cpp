@@ -1,9 +1,11 @@
 #include "files/number_forms.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace quellon {
 
@@ -42,22 +44,37 @@ std::string FixedDigits(double v, int d) {
   return std::string(buf, end);
 }
 
-// printf's "%.*E" of a finite v, with the point kept when there are no decimals if
-// `point` ("1.E+03"). to_chars writes "1.23e+03", with the same digits and at least
-// two exponent digits.
-std::string ScientificDigits(double v, int d, bool point) {
+// printf's "%.*E" of a finite v into buf (at least 128 bytes), with the point kept when
+// there are no decimals if `point` ("1.E+03"); gives the length. to_chars writes
+// "1.23e+03", with the same digits and at least two exponent digits.
+std::size_t ScientificDigits(char* buf, double v, int d, bool point) {
   if (d < 0) d = 6;
-  char buf[128];
-  const std::to_chars_result r = std::to_chars(buf, buf + sizeof buf - 2, v, std::chars_format::scientific, d);
+  const std::to_chars_result r = std::to_chars(buf, buf + 120, v, std::chars_format::scientific, d);
   if (r.ec != std::errc()) {
-    std::snprintf(buf, sizeof buf, point ? "%#.*E" : "%.*E", d, v);
-    return buf;
+    const int n = std::snprintf(buf, 128, point ? "%#.*E" : "%.*E", d, v);
+    return std::min<std::size_t>(n > 0 ? static_cast<std::size_t>(n) : 0, 127);
   }
-  std::string s(buf, r.ptr);
-  const std::size_t e = s.find('e');
-  s[e] = 'E';
-  if (point && d <= 0) s.insert(e, 1, '.');
-  return s;
+  char* e = r.ptr - 1;
+  while (*e != 'e') --e;  // the exponent is the tail
+  *e = 'E';
+  std::size_t len = static_cast<std::size_t>(r.ptr - buf);
+  if (point && d <= 0) {
+    std::memmove(e + 1, e, static_cast<std::size_t>(r.ptr - e));
+    *e = '.';
+    ++len;
+  }
+  return len;
+}
+
+// text right-justified in w columns, or w asterisks if it is wider; as it is for w = 0.
+void AppendJustified(std::string& out, const char* text, std::size_t len, int w) {
+  const std::size_t width = static_cast<std::size_t>(w > 0 ? w : 0);
+  if (width > 0 && len > width) {
+    out.append(width, '*');
+    return;
+  }
+  if (width > len) out.append(width - len, ' ');
+  out.append(text, len);
 }
 
 }  // namespace
@@ -79,10 +96,20 @@ std::string FormatFix(double v, int w, int d) {
   return Justify(s, w);
 }
 
-std::string FormatSci(double v, int w, int d) {
-  if (!std::isfinite(v)) return Stars(w);
+void AppendSci(std::string& out, double v, int w, int d) {
+  if (!std::isfinite(v)) {
+    out += Stars(w);
+    return;
+  }
   if (v == 0.0) v = 0.0;
-  return Justify(ScientificDigits(v, d, true), w);
+  char buf[128];
+  AppendJustified(out, buf, ScientificDigits(buf, v, d, true), w);
+}
+
+std::string FormatSci(double v, int w, int d) {
+  std::string s;
+  AppendSci(s, v, w, d);
+  return s;
 }
 
 std::string FormatFrac(double v, int w, int d) {
@@ -95,11 +122,12 @@ std::string FormatFrac(double v, int w, int d) {
     digits.assign(static_cast<std::size_t>(d), '0');
   } else {
     // d significant digits, as "D.DDDE+xx", read back as mantissa digits and exponent.
-    const std::string sci = ScientificDigits(std::fabs(v), d - 1, false);
+    char sci[128];
+    sci[ScientificDigits(sci, std::fabs(v), d - 1, false)] = '\0';
     std::size_t p = 0;
     for (; sci[p] != 'E'; ++p)
       if (sci[p] != '.') digits.push_back(sci[p]);
-    exponent = std::atoi(sci.c_str() + p + 1) + 1;
+    exponent = std::atoi(sci + p + 1) + 1;
   }
   const int magnitude = std::abs(exponent);
   std::string etext = "E";
