@@ -1,19 +1,12 @@
 #include "engine/text_file.h"
 
-#include <cstring>
-
 namespace quellon {
 
 bool TextFile::create(const std::string& path) {
   close();
   margin_ = 0;
   f_ = std::fopen(path.c_str(), "wb");
-  if (f_ != nullptr) {
-    path_ = path;
-    // A results document runs to megabytes: a larger buffer hands it to the system in
-    // fewer, larger writes. What a reader sees before a flush was never complete anyway.
-    std::setvbuf(f_, nullptr, _IOFBF, kWriteBuffer);
-  }
+  if (f_ != nullptr) path_ = path;
   lines_read_ = 0;
   return f_ != nullptr;
 }
@@ -27,30 +20,34 @@ bool TextFile::open_for_reading(const std::string& path) {
 }
 
 void TextFile::close() {
-  if (f_ != nullptr) std::fclose(f_);
+  if (f_ != nullptr) {
+    drain();
+    std::fclose(f_);
+  }
   f_ = nullptr;
+  pending_.clear();
+  pending_.shrink_to_fit();
+}
+
+void TextFile::drain() {
+  if (!pending_.empty()) std::fwrite(pending_.data(), 1, pending_.size(), f_);
+  pending_.clear();
 }
 
 void TextFile::line(std::string_view text) {
   if (f_ == nullptr) return;
-  // A line of usual length goes out in one call, its margin and end included: each call
-  // into the C library takes the stream's lock.
-  char buf[256];
-  const std::size_t margin = static_cast<std::size_t>(margin_);
-  if (margin + text.size() + 2 <= sizeof buf) {
-    std::memset(buf, ' ', margin);
-    std::memcpy(buf + margin, text.data(), text.size());
-    std::memcpy(buf + margin + text.size(), "\r\n", 2);
-    std::fwrite(buf, 1, margin + text.size() + 2, f_);
-    return;
-  }
-  for (std::size_t i = 0; i < margin; ++i) std::fputc(' ', f_);
-  std::fwrite(text.data(), 1, text.size(), f_);
-  std::fwrite("\r\n", 1, 2, f_);
+  // The lines gather here and go to the C library in large blocks: a call per line
+  // would take the stream's lock for every line of a document of megabytes.
+  pending_.append(static_cast<std::size_t>(margin_), ' ');
+  pending_ += text;
+  pending_ += "\r\n";
+  if (pending_.size() >= kWriteBuffer) drain();
 }
 
 void TextFile::flush() {
-  if (f_ != nullptr) std::fflush(f_);
+  if (f_ == nullptr) return;
+  drain();
+  std::fflush(f_);
 }
 
 bool TextFile::read_line(std::string& out) {
