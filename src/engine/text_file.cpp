@@ -20,19 +20,34 @@ bool TextFile::open_for_reading(const std::string& path) {
 }
 
 void TextFile::close() {
-  if (f_ != nullptr) std::fclose(f_);
+  if (f_ != nullptr) {
+    drain();
+    std::fclose(f_);
+  }
   f_ = nullptr;
+  pending_.clear();
+  pending_.shrink_to_fit();
+}
+
+void TextFile::drain() {
+  if (!pending_.empty()) std::fwrite(pending_.data(), 1, pending_.size(), f_);
+  pending_.clear();
 }
 
 void TextFile::line(std::string_view text) {
   if (f_ == nullptr) return;
-  for (int i = 0; i < margin_; ++i) std::fputc(' ', f_);
-  std::fwrite(text.data(), 1, text.size(), f_);
-  std::fwrite("\r\n", 1, 2, f_);
+  // The lines gather here and go to the C library in large blocks: a call per line
+  // would take the stream's lock for every line of a document of megabytes.
+  pending_.append(static_cast<std::size_t>(margin_), ' ');
+  pending_ += text;
+  pending_ += "\r\n";
+  if (pending_.size() >= kWriteBuffer) drain();
 }
 
 void TextFile::flush() {
-  if (f_ != nullptr) std::fflush(f_);
+  if (f_ == nullptr) return;
+  drain();
+  std::fflush(f_);
 }
 
 bool TextFile::read_line(std::string& out) {

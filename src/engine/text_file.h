@@ -38,7 +38,12 @@ class TextFile {
   long lines_read() const { return lines_read_; }
 
  private:
+  // Hands the lines gathered so far to the C library.
+  void drain();
+
+  static constexpr std::size_t kWriteBuffer = 1 << 16;
   std::FILE* f_ = nullptr;
+  std::string pending_;  // written lines not yet handed on
   std::string path_;
   long lines_read_ = 0;
   int margin_ = 0;

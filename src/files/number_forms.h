@@ -24,6 +24,8 @@ std::string FormatInt(long long v, int w = 0);
 std::string FormatIntPadded(long long v, int w);
 std::string FormatFix(double v, int w, int d);
 std::string FormatSci(double v, int w, int d);
+// FormatSci appended to out, for the long rows of the report's tables.
+void AppendSci(std::string& out, double v, int w, int d);
 std::string FormatFrac(double v, int w, int d);
 
 // Right-justifies s in w columns (w = 0: unchanged); asterisks if it is wider.

@@ -28,7 +28,7 @@ void PrintEntries(Engine& e, ReportOut& out, int rows, int cols, int r_end, int 
     out.line(text);
     for (int i = 1; i <= r_end; ++i) {
       text = FormatInt(i, 5) + "  ";
-      for (int j = first; j <= last; ++j) text += FormatSci(at(i, j), 10, 2);
+      for (int j = first; j <= last; ++j) AppendSci(text, at(i, j), 10, 2);
       out.line(text);
     }
   }

@@ -36,7 +36,7 @@ void PrintPileTable(const Engine& e, ReportOut& out, const RealVector& table, bo
     out.line(" Element ");
     for (int k = 1; k <= rows; ++k) {
       text = FormatInt(k, 5) + "      ";
-      for (int p = first; p <= last; ++p) text += FormatSci(At(table, rows, p, k), 10, 2);
+      for (int p = first; p <= last; ++p) AppendSci(text, At(table, rows, p, k), 10, 2);
       out.line(text);
     }
     out.line(" ");
@@ -60,7 +60,7 @@ void PrintPileTableWithHead(const Engine& e, ReportOut& out, const RealVector& h
     out.line(text);
     for (int k = 1; k <= rows; ++k) {
       text = FormatInt(k, 5) + "     ";
-      for (int p = first; p <= last; ++p) text += FormatSci(At(table, rows, p, k), 10, 2);
+      for (int p = first; p <= last; ++p) AppendSci(text, At(table, rows, p, k), 10, 2);
       out.line(text);
     }
   }

@@ -18,6 +18,8 @@ namespace quellon {
 // ("12."), no padding. An exact tie rounds away from zero (0.125 -> "0.13"), as an
 // engineer rounds by hand, rather than to even. Shared by the XML output.
 std::string DecimalText(double v, int d);
+// The same text, appended to out.
+void AppendDecimalText(std::string& out, double v, int d);
 
 // The field that trim(n) gives a value: decimals and width (0 = minimal width).
 struct TrimmedField {

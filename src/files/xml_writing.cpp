@@ -10,28 +10,102 @@ namespace quellon {
 
 namespace {
 
-std::string Quoted(std::string_view attribute, std::string_view value) {
-  std::string s(" ");
+// Every writer builds its line in one buffer per thread, reused from line to line, and
+// hands it to the file whole: a line then costs no allocation and one write.
+std::string& LineBuffer(int indent) {
+  thread_local std::string line;
+  line.assign(static_cast<std::size_t>(indent > 0 ? indent : 0), ' ');
+  return line;
+}
+
+void AppendQuoted(std::string& s, std::string_view attribute, std::string_view value) {
+  s += ' ';
   s += attribute;
   s += "=\"";
   s += value;
   s += '"';
-  return s;
 }
 
-std::string Units(std::string_view units) { return units.empty() ? std::string() : Quoted("units", units); }
+void AppendUnits(std::string& s, std::string_view units) {
+  if (!units.empty()) AppendQuoted(s, "units", units);
+}
 
-std::string Yield(bool yield) { return Quoted("yield", yield ? "true" : "false"); }
+void AppendYield(std::string& s, bool yield) { AppendQuoted(s, "yield", yield ? "true" : "false"); }
 
 bool AtOrBelow(float v, float tolerance) { return std::fabs(v) <= tolerance; }
 
 // The text of `v` with `decimals` decimals; the forms of XML Schema for values that
-// aren't finite.
-std::string FixedText(float v, int decimals) {
-  if (std::isnan(v)) return "NaN";
-  if (std::isinf(v)) return v < 0.0f ? "-INF" : "INF";
-  // The point of "0." stays; the field is never padded.
-  return DecimalText(v, decimals);
+// aren't finite. The point of "0." stays; the field is never padded.
+void AppendFixed(std::string& s, float v, int decimals) {
+  if (std::isnan(v)) {
+    s += "NaN";
+  } else if (std::isinf(v)) {
+    s += v < 0.0f ? "-INF" : "INF";
+  } else {
+    AppendDecimalText(s, v, decimals);
+  }
+}
+
+// `shown` in the field of `format_of`; a zero has no sign.
+void AppendRealInFieldOf(std::string& s, float shown, float format_of) {
+  if (shown == 0.0f) shown = 0.0f;
+  AppendFixed(s, shown, RealFieldFormat(format_of).decimals);
+}
+
+// ` name="v"` with v in the field of format_of.
+void AppendRealAttribute(std::string& s, std::string_view attribute, float shown, float format_of) {
+  s += ' ';
+  s += attribute;
+  s += "=\"";
+  AppendRealInFieldOf(s, shown, format_of);
+  s += '"';
+}
+
+void AppendOpen(std::string& s, std::string_view name) {
+  s += '<';
+  s += name;
+}
+
+// The bodies of the value lines, after the indentation.
+void BuildValueLine(std::string& s, std::string_view name, float value, std::string_view units, float tolerance) {
+  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
+  AppendOpen(s, name);
+  AppendRealAttribute(s, "value", shown, value);
+  AppendUnits(s, units);
+  s += "/>";
+}
+
+void BuildAxisValueLine(std::string& s, std::string_view name, std::string_view axis, float value,
+                        std::string_view units, float tolerance) {
+  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
+  AppendOpen(s, name);
+  AppendQuoted(s, "axis", axis);
+  AppendRealAttribute(s, "value", shown, shown);
+  AppendUnits(s, units);
+  s += "/>";
+}
+
+void BuildAxisValueLimitLine(std::string& s, std::string_view name, std::string_view axis, float value, float limit,
+                             std::string_view units, bool yield, float tolerance) {
+  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
+  AppendOpen(s, name);
+  AppendQuoted(s, "axis", axis);
+  AppendRealAttribute(s, "value", shown, shown);
+  AppendRealAttribute(s, "limit", limit, limit);
+  AppendUnits(s, units);
+  AppendYield(s, yield);
+  s += "/>";
+}
+
+void BuildValueLimitLine(std::string& s, std::string_view name, float value, float limit, std::string_view units,
+                         bool yield, float tolerance) {
+  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
+  AppendOpen(s, name);
+  AppendRealAttribute(s, "value", shown, value);
+  AppendRealAttribute(s, "limit", limit, limit);
+  AppendUnits(s, units);
+  AppendYield(s, yield);
+  s += "/>";
 }
 
 }  // namespace
@@ -68,8 +142,9 @@ int DigitCount(long long n) {
 std::string XMLReal(float v) { return XMLRealInFieldOf(v, v); }
 
 std::string XMLRealInFieldOf(float shown, float format_of) {
-  if (shown == 0.0f) shown = 0.0f;  // no sign on a zero
-  return FixedText(shown, RealFieldFormat(format_of).decimals);
+  std::string s;
+  AppendRealInFieldOf(s, shown, format_of);
+  return s;
 }
 
 std::string XMLInteger(long long n) { return FormatInt(n, DigitCount(n)); }
@@ -98,63 +173,87 @@ std::string XMLText(std::string_view text) {
 std::string XMLIndent(int indent) { return std::string(static_cast<std::size_t>(indent > 0 ? indent : 0), ' '); }
 
 std::string XMLValueLine(int indent, std::string_view name, float value, std::string_view units, float tolerance) {
-  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
-  return XMLIndent(indent) + "<" + std::string(name) + Quoted("value", XMLRealInFieldOf(shown, value)) + Units(units) +
-         "/>";
+  std::string& s = LineBuffer(indent);
+  BuildValueLine(s, name, value, units, tolerance);
+  return s;
 }
 
 std::string XMLAxisValueLine(int indent, std::string_view name, std::string_view axis, float value,
                              std::string_view units, float tolerance) {
-  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
-  return XMLIndent(indent) + "<" + std::string(name) + Quoted("axis", axis) + Quoted("value", XMLReal(shown)) +
-         Units(units) + "/>";
+  std::string& s = LineBuffer(indent);
+  BuildAxisValueLine(s, name, axis, value, units, tolerance);
+  return s;
 }
 
 std::string XMLAxisValueLimitLine(int indent, std::string_view name, std::string_view axis, float value, float limit,
                                   std::string_view units, bool yield, float tolerance) {
-  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
-  return XMLIndent(indent) + "<" + std::string(name) + Quoted("axis", axis) + Quoted("value", XMLReal(shown)) +
-         Quoted("limit", XMLReal(limit)) + Units(units) + Yield(yield) + "/>";
+  std::string& s = LineBuffer(indent);
+  BuildAxisValueLimitLine(s, name, axis, value, limit, units, yield, tolerance);
+  return s;
 }
 
 std::string XMLValueLimitLine(int indent, std::string_view name, float value, float limit, std::string_view units,
                               bool yield, float tolerance) {
-  const float shown = AtOrBelow(value, tolerance) ? 0.0f : value;
-  return XMLIndent(indent) + "<" + std::string(name) + Quoted("value", XMLRealInFieldOf(shown, value)) +
-         Quoted("limit", XMLReal(limit)) + Units(units) + Yield(yield) + "/>";
+  std::string& s = LineBuffer(indent);
+  BuildValueLimitLine(s, name, value, limit, units, yield, tolerance);
+  return s;
 }
 
-void WriteXMLLine(TextFile& unit, int indent, std::string_view text) { unit.line(XMLIndent(indent) + std::string(text)); }
+void WriteXMLLine(TextFile& unit, int indent, std::string_view text) {
+  std::string& s = LineBuffer(indent);
+  s += text;
+  unit.line(s);
+}
 
 void WriteXMLValue(TextFile& unit, int indent, std::string_view name, float value, std::string_view units,
                    float tolerance) {
-  unit.line(XMLValueLine(indent, name, value, units, tolerance));
+  std::string& s = LineBuffer(indent);
+  BuildValueLine(s, name, value, units, tolerance);
+  unit.line(s);
 }
 
 void WriteXMLFlag(TextFile& unit, int indent, std::string_view name, bool flag) {
-  unit.line(XMLIndent(indent) + "<" + std::string(name) + Quoted("flag", flag ? "true" : "false") + "/>");
+  std::string& s = LineBuffer(indent);
+  AppendOpen(s, name);
+  AppendQuoted(s, "flag", flag ? "true" : "false");
+  s += "/>";
+  unit.line(s);
 }
 
 void WriteXMLAxisValue(TextFile& unit, int indent, std::string_view name, std::string_view axis, float value,
                        std::string_view units, float tolerance) {
-  unit.line(XMLAxisValueLine(indent, name, axis, value, units, tolerance));
+  std::string& s = LineBuffer(indent);
+  BuildAxisValueLine(s, name, axis, value, units, tolerance);
+  unit.line(s);
 }
 
 void WriteXMLAxisValueLimit(TextFile& unit, int indent, std::string_view name, std::string_view axis, float value,
                             float limit, std::string_view units, bool yield, float tolerance) {
-  unit.line(XMLAxisValueLimitLine(indent, name, axis, value, limit, units, yield, tolerance));
+  std::string& s = LineBuffer(indent);
+  BuildAxisValueLimitLine(s, name, axis, value, limit, units, yield, tolerance);
+  unit.line(s);
 }
 
 void WriteXMLValueLimit(TextFile& unit, int indent, std::string_view name, float value, float limit,
                         std::string_view units, bool yield, float tolerance) {
-  unit.line(XMLValueLimitLine(indent, name, value, limit, units, yield, tolerance));
+  std::string& s = LineBuffer(indent);
+  BuildValueLimitLine(s, name, value, limit, units, yield, tolerance);
+  unit.line(s);
 }
 
 namespace {
 void CoefficientLine(TextFile& unit, int indent, std::string_view name, std::string_view kind,
                      std::string_view action, std::string_view effect, float value, std::string_view units) {
-  unit.line(XMLIndent(indent) + "<" + std::string(name) + "-" + std::string(kind) + Quoted("action-axis", action) +
-            Quoted("effect-axis", effect) + Quoted("value", XMLReal(value)) + Quoted("units", units) + "/>");
+  std::string& s = LineBuffer(indent);
+  AppendOpen(s, name);
+  s += '-';
+  s += kind;
+  AppendQuoted(s, "action-axis", action);
+  AppendQuoted(s, "effect-axis", effect);
+  AppendRealAttribute(s, "value", value, value);
+  AppendQuoted(s, "units", units);
+  s += "/>";
+  unit.line(s);
 }
 }  // namespace
 
