@@ -71,10 +71,6 @@ Column ColumnOf(Workspace& w, int j) {
   const float* g0 = c.g0;
   const float f = p.factor[c.j - 1];
   auto d = [&c](int i) { return i >= c.r0 && i < c.r0 + c.M ? c.d[i - c.r0] : 0.0f; };
-  if (p.touched == nullptr) {
-    for (int i = i0; i < i1; ++i) rows[i - i0] = SystemEntry(p, i + 1, c.j, g0[i], d(i), g0[i] / f);
-    return;
-  }
   const int a = std::clamp(c.r0, i0, i1), b = std::clamp(c.r0 + c.M, i0, i1);
   const int last_j = p.last_op_at[c.j - 1];
   if (last_j == 0) {
@@ -96,7 +92,6 @@ Column ColumnOf(Workspace& w, int j) {
 
 // The touched unknowns among rows i0 to i1 - 1 (from 0).
 std::pair<const int*, const int*> TouchedRows(const SofteningDecisions& p, int i0, int i1) {
-  if (p.touched == nullptr) return {nullptr, nullptr};
   const int* end = p.touched + p.touched_count;
   return {std::lower_bound(p.touched, end, i0 + 1), std::lower_bound(p.touched, end, i1 + 1)};
 }
@@ -169,10 +164,6 @@ QUELLON_WIDEST_VECTORS void BandPass(Workspace& w, const SolvedSoftening& solved
 
 }  // namespace
 
-SofteningDecisions KeptDecisions(const Workspace& w) {
-  return {w.SoftFactor.data(), w.SoftReleasedAt.data(), w.SoftChangedAt.data(), nullptr, 0};
-}
-
 void RebuildSystem(Workspace& w, const SofteningDecisions& p) {
   const int N = w.G.rows();
   const std::pair<const int*, const int*> rows = TouchedRows(p, 0, N);
@@ -183,6 +174,16 @@ void RebuildSystem(Workspace& w, const SofteningDecisions& p) {
     const Column c = ColumnOf(w, j);
     SystemRows(p, c, 0, N, touched, touched_end, c.gd);
   }
+}
+
+void RebuildKeptSystem(Workspace& w) {
+  // The workspace keeps each unknown's last operation; the touched ones are read off it.
+  const int N = w.G.rows();
+  std::vector<int> touched;
+  for (int c = 1; c <= N; ++c)
+    if (w.SoftChangedAt(c) != 0) touched.push_back(c);
+  RebuildSystem(w, {w.SoftFactor.data(), w.SoftReleasedAt.data(), w.SoftChangedAt.data(), touched.data(),
+                    static_cast<int>(touched.size())});
 }
 
 void SoftenedFlexibilityTimes(Workspace& w, const float* t, float* out, const SofteningDecisions* next) {

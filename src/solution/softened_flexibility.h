@@ -15,18 +15,16 @@ struct SofteningDecisions {
   const float* factor;     // the softening factor of the unknown's column of G
   const int* released_at;  // order of its last release, 0 if none
   const int* last_op_at;   // order of its last release or restore, 0 if none
-  // The unknowns with an operation, in rising order, touched_count of them; or null,
-  // and every entry of GD is worked out in full.
+  // The unknowns with an operation, in rising order, touched_count of them.
   const int* touched;
   int touched_count;
 };
 
-// The decisions the workspace keeps from the last softening.
-SofteningDecisions KeptDecisions(const Workspace& w);
-
 // GD = softened G + D under the decisions p, with every release and restore, in one pass
 // over the columns of the elastic G.
 void RebuildSystem(Workspace& w, const SofteningDecisions& p);
+// The same under the decisions the workspace keeps from the last softening.
+void RebuildKeptSystem(Workspace& w);
 
 // out = (softened G) t, t and out N long, for the softened G of the system last solved
 // (the elastic G before any softening). Each row sums its terms in rising column order,

@@ -334,7 +334,7 @@ void UpdateSoilFlexibility(Engine& e, int increment, SoilUpdate* decided) {
   Workspace& w = e.ws;
   if (w.system.HoldsFactors()) {
     if (w.system.Planned()) {
-      RebuildSystem(w, KeptDecisions(w));
+      RebuildKeptSystem(w);
     } else {
       FormSystemMatrix(w);
     }
@@ -357,7 +357,7 @@ void SoftenedSoilMovements(Workspace& w, const float* t, float* out, SoilUpdate*
 void FormUnchangedSystem(Workspace& w) {
   if (!w.system.Unchanged()) return;
   // The kept decisions are those of this update.
-  RebuildSystem(w, KeptDecisions(w));
+  RebuildKeptSystem(w);
   w.system.MatrixFormed(true);
 }
 
